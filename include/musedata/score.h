@@ -1,0 +1,54 @@
+#pragma once
+
+// Everyday conversion for C++ hosts: MuseData part files in, one MusicXML
+// score out.
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "musedata/document.h"
+#include "musedata/text_encoding.h"
+
+namespace musedata {
+
+struct ImportOptions {
+  // Only files that belong to this group are loaded ("score", "parts",
+  // "sound", ...); empty loads every file.
+  std::string groupType;
+  // Handed to the converter for new documents.
+  std::string systemIdentifier;
+  TextEncoding encoding = TextEncoding::Auto;
+  // Called after every record with the name of the file being read, the bytes
+  // read so far and its size; setting cancel stops the import.
+  std::function<void(const std::string& file, int32_t current, int32_t size, bool& cancel)> progress;
+  // Receives warnings that do not stop the import.
+  std::function<void(const std::string& text)> warning;
+};
+
+struct ImportResult {
+  // The score; holds every part loaded before the import stopped.
+  Document document;
+  // True when every file was read to its end or skipped as not in the group.
+  bool complete = false;
+  // When not complete: the file, the line and why the import stopped.
+  std::string stoppedAt;
+};
+
+// Loads the MuseData files `paths`, in order, as the parts of one score.
+// Raises ConverterError for a file that cannot be read or a record that cannot
+// be converted; an import that a record or the host ended early is a result
+// with `complete` false.
+ImportResult ImportScore(const std::vector<std::string>& paths, const ImportOptions& options = {});
+
+// The document as indented UTF-8 MusicXML text.
+std::string ToMusicXmlText(const Document& document);
+
+// Writes the document as indented UTF-8 MusicXML to `path`, through a
+// temporary file in the same folder that replaces `path` only once it is
+// complete, so a failed write never spoils a good file. Raises ConverterError
+// (75, Path/File access error, naming the path) when the file cannot be written.
+void WriteMusicXmlFile(const Document& document, const std::string& path);
+
+}  // namespace musedata

@@ -1,0 +1,9 @@
+#pragma once
+
+namespace musedata {
+
+// How the bytes of a MuseData file are read. Auto: UTF-8 when the whole file
+// is valid UTF-8, otherwise code page 437, the DOS code page of the old corpora.
+enum class TextEncoding { Auto, Utf8, Cp437, Cp1252, Latin1 };
+
+}  // namespace musedata

@@ -1,0 +1,182 @@
+// The import's reader: one logical MuseData record per call (a line and its
+// continuation lines), the header zone, comments, and the dispatch of data
+// records on their first column.
+
+#include "component/error_codes.h"
+#include "component/music_xml.h"
+
+namespace musedata {
+namespace {
+
+// The header zone is the first 11 lines plus one line for every comment line
+// and group record inside it; the reader compares the number of the next line
+// to be read with this limit.
+constexpr int32_t kHeaderZoneLimit = 12;
+
+}  // namespace
+
+bool MusicXML::NextRecord() {
+  return Trap(kNextRecord, &m_caught, [&] {
+    if (m_reader.streamExhausted) {
+      m_reader.endOfData = true;
+      return true;
+    }
+    const int32_t limit = m_reader.headerCommentCount + kHeaderZoneLimit;
+    const int32_t line = m_source->Line();
+    if (line <= limit && m_source->AtEnd()) {
+      m_reader.endOfData = true;
+      return true;
+    }
+    ReadRecordLines();
+    AppendContinuationLines();
+
+    if (m_reader.inCommentBlock) return ParseComment();
+
+    const char kind = m_reader.currentRecord.empty() ? '\0' : m_reader.currentRecord.front();
+    if (m_source->Line() <= m_reader.headerCommentCount + kHeaderZoneLimit) {
+      if (kind == '&') {
+        const bool result = ParseCommentToggle();
+        m_reader.headerCommentCount = CheckedAdd(m_reader.headerCommentCount, 1);
+        return result;
+      }
+      if (kind == '@') {
+        const bool result = ParseSingleLineComment();
+        m_reader.headerCommentCount = CheckedAdd(m_reader.headerCommentCount, 1);
+        return result;
+      }
+      return ParseInitialLine();
+    }
+    if (m_reader.afterFine) return ParseAfterFine();
+    if (!m_score.parts[static_cast<size_t>(m_score.partNumber)]) CreatePartAndFirstMeasure();
+    return DispatchDataRecord();
+  });
+}
+
+// Reads the physical line of the next record. Header lines are read one at a
+// time; from the first data line on, one line is read ahead so that
+// continuation lines can be recognised.
+void MusicXML::ReadRecordLines() {
+  const int32_t limit = m_reader.headerCommentCount + kHeaderZoneLimit;
+  const int32_t line = m_source->Line();
+  if (line < limit) {
+    m_reader.currentLineNumber = line;
+    m_reader.currentLine = m_source->ReadLine();
+  } else if (line == limit) {
+    m_reader.currentLineNumber = line;
+    m_reader.currentLine = m_source->ReadLine();
+    if (!m_source->AtEnd()) m_reader.lookAhead = m_source->ReadLine();
+  } else {
+    m_reader.currentLineNumber = line - 1;
+    m_reader.currentLine = m_reader.lookAhead;
+    AdvanceLookAhead();
+  }
+  m_reader.currentRecord.assign(m_reader.currentLine);
+  m_reader.currentRecordLength = CharacterCount(m_reader.currentRecord);
+}
+
+void MusicXML::AdvanceLookAhead() {
+  if (m_source->AtEnd()) {
+    m_reader.streamExhausted = true;
+    m_reader.lookAhead = {};
+  } else {
+    m_reader.lookAhead = m_source->ReadLine();
+  }
+}
+
+// A line beginning with "a" continues the record before it; the "a" is dropped
+// and nothing is put between the pieces.
+void MusicXML::AppendContinuationLines() {
+  if (m_reader.inCommentBlock || m_reader.afterFine) return;
+  while (!m_reader.lookAhead.empty() && m_reader.lookAhead.front() == 'a') {
+    m_reader.currentLine = m_reader.lookAhead;
+    AdvanceLookAhead();
+    m_reader.currentRecord.append(m_reader.currentLine.substr(1));
+    m_reader.currentRecordLength = CharacterCount(m_reader.currentRecord);
+  }
+}
+
+// The first data record of a file opens its part and the part's first
+// measure, "X1"; bar lines open the measures that follow.
+void MusicXML::CreatePartAndFirstMeasure() {
+  xml::Node reference;
+  if (!m_group.groupType.empty() && m_group.groupPosition > 0) {
+    int32_t index = 0;
+    for (xml::Node part : m_score.root.Children("part")) {
+      if (++index == m_group.groupPosition) {
+        reference = part;
+        break;
+      }
+    }
+  }
+  const xml::Node part = m_score.root.InsertElementBefore("part", reference);
+  part.SetAttr("id", m_score.partId);
+  m_score.parts[static_cast<size_t>(m_score.partNumber)] = part;
+
+  m_score.measureCount = CheckedAdd(m_score.measureCount, 1);
+  m_score.currentMeasure = part.AppendElement("measure");
+  m_score.currentMeasure.SetAttr("number", "X" + std::to_string(m_score.measureCount));
+}
+
+bool MusicXML::DispatchDataRecord() {
+  if (m_reader.currentRecord.empty()) return false;  // an empty record ends the load
+  switch (m_reader.currentRecord.front()) {
+    case 'A':
+    case 'B':
+    case 'C':
+    case 'D':
+    case 'E':
+    case 'F':
+    case 'G':
+    case ' ':
+    case 'r': return ParseNoteRecord();
+    case 'P': return ParsePrintSuggestion();
+    case 'S': return ParseSoundSuggestion();
+    case '/': return ParseEnd();
+    case 'b':
+    case 'i': return ParseBackupForward();
+    case 'c':
+    case 'g': return ParseCueGrace();
+    case 'f': return ParseFiguredBass();
+    case 'm': return ParseBarLine();
+    case '$': return ParseAttributes();
+    case '&': return ParseCommentToggle();
+    case '@': return ParseSingleLineComment();
+    case '*': return ParseDirection();
+    default: return true;  // an unknown record type is passed over
+  }
+}
+
+bool MusicXML::ParseCommentToggle() {
+  return Trap(kParseCommentToggle, &m_caught, [&] {
+    m_reader.inCommentBlock = true;
+    m_reader.commentAccumulator = "\r\n";
+    return true;
+  });
+}
+
+bool MusicXML::ParseComment() {
+  return Trap(kParseComment, &m_caught, [&] {
+    if (m_reader.currentRecord.empty() || m_reader.currentRecord.front() != '&') {
+      m_reader.commentAccumulator.append(m_reader.currentRecord);
+      m_reader.commentAccumulator.append("\r\n");
+    } else {
+      const xml::Node parent = m_score.currentMeasure ? m_score.currentMeasure : m_score.root;
+      AddText(parent.AppendComment(""), m_reader.commentAccumulator);
+      m_reader.inCommentBlock = false;
+    }
+    // Each comment line inside the header lengthens the header zone by one line.
+    if (m_source->Line() < m_reader.headerCommentCount + kHeaderZoneLimit)
+      m_reader.headerCommentCount = CheckedAdd(m_reader.headerCommentCount, 1);
+    return true;
+  });
+}
+
+bool MusicXML::ParseSingleLineComment() {
+  return Trap(kParseSingleLineComment, &m_caught, [&] {
+    const xml::Node parent = m_score.currentMeasure ? m_score.currentMeasure : m_score.root;
+    AddText(parent.AppendComment(""), std::string_view(m_reader.currentRecord).substr(1));
+    return true;
+  });
+}
+
+}  // namespace musedata

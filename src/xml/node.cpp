@@ -1,0 +1,341 @@
+#include "xml/node.h"
+
+#include <libxml/parser.h>
+#include <libxml/xmlsave.h>
+
+#include <charconv>
+#include <memory>
+#include <mutex>
+
+#include "component/trap.h"
+
+namespace musedata {
+
+Document::Document(xmlDocPtr doc) : m_doc(doc, xmlFreeDoc) {
+  if (!doc) m_doc.reset();
+}
+
+namespace xml {
+namespace {
+
+const xmlChar* X(const char* text) { return reinterpret_cast<const xmlChar*>(text); }
+std::string_view View(const xmlChar* text) {
+  return text ? std::string_view(reinterpret_cast<const char*>(text)) : std::string_view();
+}
+bool NameIs(const xmlNode* node, std::string_view name) {
+  return node->type == XML_ELEMENT_NODE && View(node->name) == name;
+}
+
+// libxml2 wants zero-terminated values; attribute values are short, so one
+// reusable buffer per thread avoids an allocation per attribute.
+const xmlChar* Terminated(std::string_view text) {
+  thread_local std::string buffer;
+  buffer.assign(text);
+  return X(buffer.c_str());
+}
+
+xmlNode* Checked(xmlNode* node) {
+  if (!node) throw RunTimeError::OutOfMemory();
+  return node;
+}
+
+void InitializeParser() {
+  static std::once_flag once;
+  std::call_once(once, [] { xmlInitParser(); });
+}
+
+}  // namespace
+
+NodeType Node::Type() const noexcept {
+  if (!m_node) return NodeType::None;
+  switch (m_node->type) {
+    case XML_ELEMENT_NODE: return NodeType::Element;
+    case XML_TEXT_NODE: return NodeType::Text;
+    case XML_COMMENT_NODE: return NodeType::Comment;
+    case XML_ENTITY_REF_NODE: return NodeType::EntityRef;
+    case XML_CDATA_SECTION_NODE: return NodeType::CData;
+    default: return NodeType::Other;
+  }
+}
+
+std::string_view Node::Name() const noexcept {
+  if (!m_node) return {};
+  if (m_node->type != XML_ELEMENT_NODE && m_node->type != XML_ENTITY_REF_NODE) return {};
+  return View(m_node->name);
+}
+
+Node Node::Parent() const noexcept { return Node(m_node ? m_node->parent : nullptr); }
+Node Node::FirstChild() const noexcept { return Node(m_node ? m_node->children : nullptr); }
+Node Node::LastChild() const noexcept { return Node(m_node ? m_node->last : nullptr); }
+Node Node::Next() const noexcept { return Node(m_node ? m_node->next : nullptr); }
+Node Node::Previous() const noexcept { return Node(m_node ? m_node->prev : nullptr); }
+
+Node Node::Child(std::string_view name) const noexcept {
+  if (!m_node) return {};
+  for (xmlNode* child = m_node->children; child; child = child->next)
+    if (NameIs(child, name)) return Node(child);
+  return {};
+}
+
+Node Node::NextElement(std::string_view name) const noexcept {
+  if (!m_node) return {};
+  for (xmlNode* sibling = m_node->next; sibling; sibling = sibling->next)
+    if (NameIs(sibling, name)) return Node(sibling);
+  return {};
+}
+
+Node Node::FirstElement() const noexcept {
+  if (!m_node) return {};
+  for (xmlNode* child = m_node->children; child; child = child->next)
+    if (child->type == XML_ELEMENT_NODE) return Node(child);
+  return {};
+}
+
+Node Node::NextElement() const noexcept {
+  if (!m_node) return {};
+  for (xmlNode* sibling = m_node->next; sibling; sibling = sibling->next)
+    if (sibling->type == XML_ELEMENT_NODE) return Node(sibling);
+  return {};
+}
+
+Node::ElementRange Node::Children() const noexcept { return {FirstElement(), {}}; }
+Node::ElementRange Node::Children(std::string_view name) const noexcept {
+  return {Child(name), name};
+}
+
+int32_t Node::CountChildren(std::string_view name) const noexcept {
+  int32_t count = 0;
+  for (Node child = Child(name); child; child = child.NextElement(name)) ++count;
+  return count;
+}
+
+std::string_view Node::Attr(const char* name) const noexcept {
+  if (!m_node || m_node->type != XML_ELEMENT_NODE) return {};
+  const xmlAttr* attr = xmlHasProp(m_node, X(name));
+  if (!attr || !attr->children) return {};
+  // A value built by this layer is one text node; read it in place.
+  if (attr->children->type == XML_TEXT_NODE && !attr->children->next)
+    return View(attr->children->content);
+  return {};
+}
+
+bool Node::HasAttr(const char* name) const noexcept {
+  return m_node && m_node->type == XML_ELEMENT_NODE && xmlHasProp(m_node, X(name));
+}
+
+int32_t Node::AttrInt(const char* name, int32_t fallback) const noexcept {
+  std::string_view text = Attr(name);
+  while (!text.empty() && text.front() == ' ') text.remove_prefix(1);
+  while (!text.empty() && text.back() == ' ') text.remove_suffix(1);
+  int32_t value = 0;
+  const auto [end, status] = std::from_chars(text.data(), text.data() + text.size(), value);
+  if (text.empty() || status != std::errc() || end != text.data() + text.size()) return fallback;
+  return value;
+}
+
+std::string_view Node::Content() const noexcept {
+  if (!m_node) return {};
+  switch (m_node->type) {
+    case XML_TEXT_NODE:
+    case XML_CDATA_SECTION_NODE:
+    case XML_COMMENT_NODE: return View(m_node->content);
+    default: return {};
+  }
+}
+
+std::string Node::Text() const {
+  std::string text;
+  if (!m_node) return text;
+  if (m_node->type != XML_ELEMENT_NODE) return std::string(Content());
+  for (xmlNode* child = m_node->children; child; child = child->next) {
+    if (child->type == XML_TEXT_NODE || child->type == XML_CDATA_SECTION_NODE) {
+      text.append(View(child->content));
+    } else if (child->type == XML_ENTITY_REF_NODE) {
+      const std::string_view name = View(child->name);
+      if (name == "amp") text += '&';
+      else if (name == "lt") text += '<';
+      else if (name == "gt") text += '>';
+      else if (name == "quot") text += '"';
+      else if (name == "apos") text += '\'';
+    }
+  }
+  return text;
+}
+
+Node Node::AppendElement(const char* name) const {
+  if (!m_node) throw RunTimeError::ObjectNotSet();
+  xmlNode* element = Checked(xmlNewDocNode(m_node->doc, nullptr, X(name), nullptr));
+  xmlAddChild(m_node, element);
+  return Node(element);
+}
+
+Node Node::AppendElement(const char* name, std::string_view text) const {
+  Node element = AppendElement(name);
+  element.AppendText(text);
+  return element;
+}
+
+Node Node::InsertElementBefore(const char* name, Node reference) const {
+  if (!reference) return AppendElement(name);
+  if (!m_node) throw RunTimeError::ObjectNotSet();
+  xmlNode* element = Checked(xmlNewDocNode(m_node->doc, nullptr, X(name), nullptr));
+  xmlAddPrevSibling(reference.m_node, element);
+  return Node(element);
+}
+
+Node Node::PrependElement(const char* name) const { return InsertElementBefore(name, FirstChild()); }
+
+// A comment may hold no "--" and may not end with "-" (it would run into the
+// closing "-->"); callers remove the first, this layer guards the second.
+std::string_view CommentSafe(std::string_view text, std::string& buffer) {
+  if (text.empty() || text.back() != '-') return text;
+  buffer.assign(text);
+  buffer += ' ';
+  return buffer;
+}
+
+Node Node::AppendComment(std::string_view text) const {
+  if (!m_node) throw RunTimeError::ObjectNotSet();
+  std::string buffer;
+  xmlNode* comment = Checked(xmlNewDocComment(m_node->doc, Terminated(CommentSafe(text, buffer))));
+  xmlAddChild(m_node, comment);
+  return Node(comment);
+}
+
+void Node::AppendText(std::string_view text) const {
+  if (!m_node) throw RunTimeError::ObjectNotSet();
+  if (text.empty()) return;
+  xmlNode* node = Checked(
+      xmlNewDocTextLen(m_node->doc, reinterpret_cast<const xmlChar*>(text.data()), static_cast<int>(text.size())));
+  // Append directly: xmlAddChild would merge adjacent text nodes, which is
+  // harmless, but linking by hand keeps every piece a node of its own.
+  node->parent = m_node;
+  if (!m_node->children) {
+    m_node->children = node;
+  } else {
+    m_node->last->next = node;
+    node->prev = m_node->last;
+  }
+  m_node->last = node;
+}
+
+void Node::AppendEntityRef(const char* name) const {
+  if (!m_node) throw RunTimeError::ObjectNotSet();
+  std::string reference = std::string("&") + name + ";";
+  xmlNode* node = Checked(xmlNewReference(m_node->doc, X(reference.c_str())));
+  xmlAddChild(m_node, node);
+}
+
+void Node::SetContent(std::string_view text) const {
+  if (!m_node) throw RunTimeError::ObjectNotSet();
+  std::string buffer;
+  if (m_node->type == XML_COMMENT_NODE) text = CommentSafe(text, buffer);
+  xmlNodeSetContentLen(m_node, reinterpret_cast<const xmlChar*>(text.data()), static_cast<int>(text.size()));
+}
+
+void Node::SetAttr(const char* name, std::string_view value) const {
+  if (!m_node) throw RunTimeError::ObjectNotSet();
+  if (!xmlSetProp(m_node, X(name), Terminated(value))) throw RunTimeError::OutOfMemory();
+}
+
+void Node::RemoveAttr(const char* name) const {
+  if (!m_node) return;
+  if (xmlAttr* attr = xmlHasProp(m_node, X(name))) xmlRemoveProp(attr);
+}
+
+void Node::AppendChild(Node child) const {
+  if (!m_node || !child) throw RunTimeError::ObjectNotSet();
+  xmlUnlinkNode(child.m_node);
+  xmlAddChild(m_node, child.m_node);
+}
+
+void Node::InsertBefore(Node child, Node reference) const {
+  if (!reference) return AppendChild(child);
+  if (!m_node || !child) throw RunTimeError::ObjectNotSet();
+  if (child == reference) return;
+  xmlUnlinkNode(child.m_node);
+  xmlAddPrevSibling(reference.m_node, child.m_node);
+}
+
+void Node::Remove() const {
+  if (!m_node) return;
+  xmlUnlinkNode(m_node);
+  xmlFreeNode(m_node);
+}
+
+Node Root(const Document& doc) noexcept {
+  return Node(doc ? xmlDocGetRootElement(doc.get()) : nullptr);
+}
+
+namespace {
+
+struct ParserContextFree {
+  void operator()(xmlParserCtxt* context) const { xmlFreeParserCtxt(context); }
+};
+using ParserContext = std::unique_ptr<xmlParserCtxt, ParserContextFree>;
+
+constexpr int kParseOptions =
+    XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING | XML_PARSE_NOBLANKS;
+
+ParseFailure FailureOf(xmlParserCtxt* context, const std::string& name) {
+  ParseFailure failure;
+  failure.url = name;
+  const xmlError* error = context ? xmlCtxtGetLastError(context) : nullptr;
+  if (!error) {
+    failure.reason = "the document could not be read";
+    return failure;
+  }
+  if (error->message) failure.reason = error->message;
+  while (!failure.reason.empty() && (failure.reason.back() == '\n' || failure.reason.back() == ' '))
+    failure.reason.pop_back();
+  failure.line = error->line;
+  failure.column = error->int2;
+  return failure;
+}
+
+[[noreturn]] void RaiseParseFailure(const ParseFailure& failure, int32_t errorNumber) {
+  RaiseConverterError(errorNumber, "XML parsing error in " + failure.url + " at line " +
+                                       std::to_string(failure.line) + ", column " +
+                                       std::to_string(failure.column) + ": " + failure.reason);
+}
+
+}  // namespace
+
+Document TryParseMemory(std::string_view text, const std::string& name, ParseFailure& failure) {
+  InitializeParser();
+  ParserContext context(xmlNewParserCtxt());
+  if (!context) throw RunTimeError::OutOfMemory();
+  xmlDocPtr doc = xmlCtxtReadMemory(context.get(), text.data(), static_cast<int>(text.size()),
+                                    name.c_str(), nullptr, kParseOptions);
+  if (!doc) failure = FailureOf(context.get(), name);
+  return Document(doc);
+}
+
+Document ParseMemory(std::string_view text, const std::string& name, int32_t errorNumber) {
+  ParseFailure failure;
+  Document doc = TryParseMemory(text, name, failure);
+  if (!doc) RaiseParseFailure(failure, errorNumber);
+  return doc;
+}
+
+Document ParseFile(const std::string& path, int32_t errorNumber) {
+  InitializeParser();
+  ParserContext context(xmlNewParserCtxt());
+  if (!context) throw RunTimeError::OutOfMemory();
+  xmlDocPtr doc = xmlCtxtReadFile(context.get(), path.c_str(), nullptr, kParseOptions);
+  if (!doc) RaiseParseFailure(FailureOf(context.get(), path), errorNumber);
+  return Document(doc);
+}
+
+std::string ToIndentedString(const Document& doc) {
+  if (!doc) return {};
+  xmlChar* buffer = nullptr;
+  int size = 0;
+  xmlDocDumpFormatMemoryEnc(doc.get(), &buffer, &size, "UTF-8", 1);
+  std::unique_ptr<xmlChar, decltype(xmlFree)> owned(buffer, xmlFree);
+  if (!buffer) throw RunTimeError::OutOfMemory();
+  return std::string(reinterpret_cast<const char*>(buffer), static_cast<size_t>(size));
+}
+
+}  // namespace xml
+}  // namespace musedata

@@ -1,0 +1,162 @@
+// musedata: converts MuseData part files into MusicXML scores.
+
+#include <unistd.h>
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cctype>
+#include <cstdio>
+#include <filesystem>
+#include <iostream>
+#include <string>
+#include <vector>
+
+#include "musedata/musedata.h"
+#include "progress_bar.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr int kExitDone = 0;
+constexpr int kExitIncomplete = 1;
+constexpr int kExitError = 2;
+constexpr int kExitUsage = 64;
+
+// Compares names so that "part2" sorts before "part10".
+bool NaturalLess(const std::string& a, const std::string& b) {
+  size_t i = 0;
+  size_t j = 0;
+  while (i < a.size() && j < b.size()) {
+    if (std::isdigit(static_cast<unsigned char>(a[i])) && std::isdigit(static_cast<unsigned char>(b[j]))) {
+      size_t iEnd = i;
+      size_t jEnd = j;
+      while (iEnd < a.size() && std::isdigit(static_cast<unsigned char>(a[iEnd]))) ++iEnd;
+      while (jEnd < b.size() && std::isdigit(static_cast<unsigned char>(b[jEnd]))) ++jEnd;
+      std::string_view x(a.data() + i, iEnd - i);
+      std::string_view y(b.data() + j, jEnd - j);
+      while (x.size() > 1 && x.front() == '0') x.remove_prefix(1);
+      while (y.size() > 1 && y.front() == '0') y.remove_prefix(1);
+      if (x.size() != y.size()) return x.size() < y.size();
+      if (x != y) return x < y;
+      i = iEnd;
+      j = jEnd;
+    } else {
+      if (a[i] != b[j]) return a[i] < b[j];
+      ++i;
+      ++j;
+    }
+  }
+  return a.size() - i < b.size() - j;
+}
+
+// A folder stands for its regular, non-hidden files in natural name order.
+std::vector<std::string> ExpandInputs(const std::vector<std::string>& inputs) {
+  std::vector<std::string> files;
+  for (const std::string& input : inputs) {
+    std::error_code status;
+    if (!fs::is_directory(input, status)) {
+      files.push_back(input);
+      continue;
+    }
+    std::vector<std::string> names;
+    for (const fs::directory_entry& entry : fs::directory_iterator(input, status)) {
+      const std::string name = entry.path().filename().string();
+      if (name.empty() || name.front() == '.' || !entry.is_regular_file(status)) continue;
+      names.push_back(name);
+    }
+    std::sort(names.begin(), names.end(), NaturalLess);
+    for (const std::string& name : names) files.push_back((fs::path(input) / name).string());
+  }
+  return files;
+}
+
+void PrintError(const musedata::ConverterError& error) {
+  std::fprintf(stderr, "musedata: error 0x%08X (%s): %s\n", static_cast<uint32_t>(error.Number()),
+               error.Source().c_str(), error.Description().c_str());
+}
+
+struct ImportCommand {
+  std::string group;
+  std::string systemId;
+  std::string encoding = "auto";
+  std::string output = "-";
+  std::vector<std::string> inputs;
+  bool progress = isatty(STDERR_FILENO) != 0;
+};
+
+int RunImport(const ImportCommand& command) {
+  const bool toStdout = command.output == "-";
+  const std::string extension = fs::path(command.output).extension().string();
+  if (!toStdout && extension == ".mxl") {
+    std::fprintf(stderr, "musedata: compressed MusicXML (.mxl) output is not available yet; use .musicxml or .xml\n");
+    return kExitUsage;
+  }
+  musedata::ImportOptions options;
+  options.groupType = command.group;
+  options.systemIdentifier = command.systemId;
+  if (command.encoding == "utf-8" || command.encoding == "utf8") options.encoding = musedata::TextEncoding::Utf8;
+  else if (command.encoding == "cp437") options.encoding = musedata::TextEncoding::Cp437;
+  else if (command.encoding == "cp1252") options.encoding = musedata::TextEncoding::Cp1252;
+  else if (command.encoding == "latin1") options.encoding = musedata::TextEncoding::Latin1;
+
+  musedata::tool::ProgressBar bar(command.progress);
+  const std::vector<std::string> files = ExpandInputs(command.inputs);
+  options.progress = [&](const std::string& file, int32_t current, int32_t size, bool&) {
+    bar.Update(file, current, size);
+  };
+  options.warning = [&](const std::string& text) {
+    bar.Finish();
+    std::fprintf(stderr, "musedata: warning: %s\n", text.c_str());
+  };
+  try {
+    const musedata::ImportResult result = musedata::ImportScore(files, options);
+    bar.Finish();
+    if (!result.complete) {
+      std::fprintf(stderr, "musedata: conversion stopped: %s; nothing written\n", result.stoppedAt.c_str());
+      return kExitIncomplete;
+    }
+    if (toStdout) {
+      const std::string text = musedata::ToMusicXmlText(result.document);
+      std::fwrite(text.data(), 1, text.size(), stdout);
+      std::fflush(stdout);
+    } else {
+      musedata::WriteMusicXmlFile(result.document, command.output);
+    }
+    return kExitDone;
+  } catch (const musedata::ConverterError& error) {
+    bar.Finish();
+    PrintError(error);
+    return kExitError;
+  }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  CLI::App app{"musedata: converts MuseData part files into MusicXML scores", "musedata"};
+  app.set_version_flag("--version", std::string("musedata ") + "0.1.0");
+  app.require_subcommand(1);
+
+  ImportCommand import;
+  CLI::App* importCommand =
+      app.add_subcommand("import", "Load MuseData files, in order, as the parts of one MusicXML score");
+  importCommand->add_option("-g,--group", import.group,
+                            "Load only files that belong to this group (score, parts, sound, ...)");
+  importCommand->add_option("--system-id", import.systemId, "System identifier handed to the converter");
+  importCommand->add_option("--encoding", import.encoding, "Input encoding: auto, utf-8, cp437, cp1252, latin1")
+      ->check(CLI::IsMember({"auto", "utf-8", "utf8", "cp437", "cp1252", "latin1"}));
+  importCommand->add_option("-o,--output", import.output,
+                            "Output file (.musicxml or .xml); - or none writes to standard output");
+  importCommand->add_flag("--progress,!--no-progress", import.progress, "Show a progress bar on standard error");
+  importCommand->add_option("INPUT", import.inputs, "MuseData files, or folders of them")->required();
+
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    const int status = app.exit(error);
+    return status == 0 ? kExitDone : kExitUsage;
+  }
+  if (importCommand->parsed()) return RunImport(import);
+  return kExitUsage;
+}
