@@ -327,6 +327,18 @@ Document ParseFile(const std::string& path, int32_t errorNumber) {
   return Document(doc);
 }
 
+std::string NodeToString(Node node) {
+  if (!node) return {};
+  struct BufferFree {
+    void operator()(xmlBuffer* buffer) const { xmlBufferFree(buffer); }
+  };
+  std::unique_ptr<xmlBuffer, BufferFree> buffer(xmlBufferCreate());
+  if (!buffer) throw RunTimeError::OutOfMemory();
+  xmlNodeDump(buffer.get(), node.raw()->doc, node.raw(), 0, 0);
+  return std::string(reinterpret_cast<const char*>(xmlBufferContent(buffer.get())),
+                     static_cast<size_t>(xmlBufferLength(buffer.get())));
+}
+
 std::string ToIndentedString(const Document& doc) {
   if (!doc) return {};
   xmlChar* buffer = nullptr;

@@ -154,6 +154,9 @@ Document ParseMemory(std::string_view text, const std::string& name, int32_t err
 // Parses an XML file the same way.
 Document ParseFile(const std::string& path, int32_t errorNumber);
 
+// Serialises one node and everything below it, without indentation.
+std::string NodeToString(Node node);
+
 // Serialises the document as indented UTF-8 text.
 std::string ToIndentedString(const Document& doc);
 

@@ -8,6 +8,9 @@
 #include <sstream>
 #include <stdexcept>
 
+#include "component/music_xml.h"
+#include "xml/xpath.h"
+
 namespace musedata::test {
 
 TempDir::TempDir() {
@@ -44,6 +47,34 @@ std::string Header(const std::string& partName, const std::string& groups) {
          "Sonata\n"
          "Allegro\n" +
          partName + "\n" + "0 0\n" + groups + "\n";
+}
+
+Imported ImportText(const std::vector<std::string>& parts, const std::string& groupType) {
+  Imported imported;
+  MusicXML engine;
+  engine.SetGroupType(groupType);
+  engine.Warning = [&](const std::string& text) { imported.warnings.push_back(text); };
+  int index = 0;
+  for (const std::string& part : parts) {
+    auto source = std::make_unique<LineSource>("part" + std::to_string(++index) + ".md", part);
+    imported.result = engine.Load(std::move(source));
+    if (!imported.result) break;
+  }
+  imported.document = engine.XML();
+  return imported;
+}
+
+std::string XmlAt(const Document& document, const char* xpath) {
+  std::string text;
+  const xml::XPath query(xpath);
+  for (const xml::Node node : query.Select(xml::Root(document))) text += xml::NodeToString(node);
+  return text;
+}
+
+std::string Part(const std::vector<std::string>& records) {
+  std::string text = Header();
+  for (const std::string& record : records) text += record + "\n";
+  return text + "/END\n";
 }
 
 }  // namespace musedata::test

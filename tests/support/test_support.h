@@ -1,6 +1,9 @@
 #pragma once
 
 #include <string>
+#include <vector>
+
+#include "musedata/document.h"
 
 namespace musedata::test {
 
@@ -26,5 +29,28 @@ std::string ReadFile(const std::string& path);
 // part name and group-membership record, ready for data records to follow.
 std::string Header(const std::string& partName = "Violino I",
                    const std::string& groups = "Group memberships: score\nscore: part 1 of 1");
+
+// What a load of MuseData text gave: the engine's result and its document.
+struct Imported {
+  bool result = false;
+  Document document;
+  std::vector<std::string> warnings;
+};
+
+// Loads `parts` (the text of MuseData files, each one part) one after another
+// into one document with a fresh engine, as the files "part1.md", "part2.md", ...
+// Stops at the first load that returns false. Errors propagate.
+Imported ImportText(const std::vector<std::string>& parts, const std::string& groupType = "");
+inline Imported ImportText(const std::string& part, const std::string& groupType = "") {
+  return ImportText(std::vector<std::string>{part}, groupType);
+}
+
+// The serialised XML (no indentation) of every node the XPath selects in the
+// document, concatenated; "" when nothing is selected.
+std::string XmlAt(const Document& document, const char* xpath);
+
+// A MuseData part: the standard header followed by `records` (each a line)
+// and "/END".
+std::string Part(const std::vector<std::string>& records);
 
 }  // namespace musedata::test
