@@ -34,6 +34,10 @@ class LineSource {
   bool AtEnd() const noexcept { return m_position >= m_text.size(); }
   // The number of the line that the next read returns, from 1.
   int32_t Line() const noexcept { return m_line; }
+  // Where line 1 of this source stands in the file it came from, for messages
+  // about one part of a set file.
+  int32_t FirstLineInFile() const noexcept { return m_firstLineInFile; }
+  void SetFirstLineInFile(int32_t line) noexcept { m_firstLineInFile = line; }
   // Reads the next line; "" at the end. The view stays valid as long as the source.
   std::string_view ReadLine() noexcept;
 
@@ -43,6 +47,7 @@ class LineSource {
   int64_t m_size = 0;
   size_t m_position = 0;
   int32_t m_line = 1;
+  int32_t m_firstLineInFile = 1;
 };
 
 }  // namespace musedata

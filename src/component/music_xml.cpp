@@ -22,7 +22,9 @@ void MusicXML::SetGroupType(std::string_view value) {
 
 int32_t MusicXML::LineNumber() const noexcept { return m_source ? m_source->Line() : 0; }
 
-int32_t MusicXML::RecordLineNumber() const noexcept { return m_source ? m_reader.currentLineNumber : 0; }
+int32_t MusicXML::RecordLineNumber() const noexcept {
+  return m_source ? m_reader.currentLineNumber + m_source->FirstLineInFile() - 1 : 0;
+}
 
 bool MusicXML::Load(const std::string& FileName) {
   return Trap(
