@@ -3,9 +3,12 @@
 
 BUILD ?= build
 SANITIZE_BUILD ?= build-sanitize
+FUZZ_BUILD ?= build-fuzz
+FUZZ_SECONDS ?= 60
 PREFIX ?= /usr/local
 JOBS ?= $(shell nproc 2>/dev/null || echo 2)
 DEBIAN_PACKAGES := cmake g++ make libxml2-dev libxml2-utils libgtest-dev libbenchmark-dev libcli11-dev
+FUZZ_PACKAGES := clang libclang-rt-dev
 CMAKE_FLAGS ?=
 
 .PHONY: all build deps demo test test-sanitize install bench fuzz format clean
@@ -40,6 +43,18 @@ test-sanitize: deps
 demo: build
 	@sh examples/demo.sh $(BUILD)
 
+# The import fuzz target, run for FUZZ_SECONDS over a scratch copy of the seed corpus.
+fuzz: deps
+	@if [ "$$(id -u)" = 0 ]; then for p in $(FUZZ_PACKAGES); do dpkg -s $$p >/dev/null 2>&1 || \
+	  (apt-get update -qq && DEBIAN_FRONTEND=noninteractive apt-get install -y -qq $$p >/dev/null); done; fi
+	CC=clang CXX=clang++ cmake -S . -B $(FUZZ_BUILD) -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+	  -DMUSEDATA_BUILD_FUZZ=ON -DMUSEDATA_BUILD_TESTS=OFF
+	cmake --build $(FUZZ_BUILD) -j $(JOBS) --target musedata_import_fuzz
+	rm -rf $(FUZZ_BUILD)/corpus && mkdir -p $(FUZZ_BUILD)/corpus $(FUZZ_BUILD)/findings
+	$(FUZZ_BUILD)/fuzz/musedata_import_fuzz -max_total_time=$(FUZZ_SECONDS) -timeout=10 \
+	  -rss_limit_mb=4096 -artifact_prefix=$(FUZZ_BUILD)/findings/ -print_final_stats=1 \
+	  $(FUZZ_BUILD)/corpus fuzz/corpus
+
 install: build
 	cmake --install $(BUILD) --prefix $(PREFIX)
 
@@ -47,4 +62,4 @@ format:
 	clang-format -i $$(git ls-files '*.cpp' '*.h')
 
 clean:
-	rm -rf $(BUILD) $(SANITIZE_BUILD)
+	rm -rf $(BUILD) $(SANITIZE_BUILD) $(FUZZ_BUILD)
