@@ -59,6 +59,12 @@ inline constexpr int32_t kErrUnknownEndRecord = 6027;
 inline constexpr Procedure kParseFiguredBass{6028, "MuseData ParseFiguredBass"};
 inline constexpr int32_t kErrFiguredBass = 6029;
 inline constexpr Procedure kParseInitialLine{6030, "MuseData ParseInitialLine"};
+// The work/movement record names neither a work nor a movement number.
+inline constexpr int32_t kErrWorkMovementNotFound = 6032;
+// A group record is not "<group>: part <n> of <m>".
+inline constexpr int32_t kErrGroupRecordTokens = 6033;
+// A header record was not understood and the first header record looked like XML.
+inline constexpr int32_t kErrHeaderMayBeXml = 6082;
 inline constexpr Procedure kParseNotations{6034, "MuseData ParseNotations"};
 inline constexpr Procedure kParseNoteRecord{6035, "MuseData ParseNoteRecord"};
 inline constexpr Procedure kParsePrintSuggestion{6036, "MuseData ParsePrintSuggestion"};

@@ -102,6 +102,13 @@ class MusicXML {
   // ---- Header records (import/header.cpp) ----
   bool CreateIdentification();
   bool ParseInitialLine();
+  void AddEncoding();
+  void AddWorkAndMovementNumbers();
+  void CreateScorePart();
+  void AddMiscellaneous();
+  bool ParseGroupMemberships();
+  bool ParseGroupRecord(int64_t recordNumber);
+  void PlaceScorePartInGroup(int32_t position);
 
   // ---- Notes (import/notes.cpp, import/note_fields.cpp, import/notations.cpp) ----
   bool ParseNoteRecord();
