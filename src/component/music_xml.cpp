@@ -81,6 +81,11 @@ bool MusicXML::LoadRecords() {
     RaiseLoading(m_progress.size, m_progress.size);
     break;
   }
+  // A file that ended before its part-name record leaves its identification
+  // waiting in the score, where MusicXML has no place for it.
+  if (m_score.identification && m_score.identification.Parent() == m_score.root)
+    m_score.identification.Remove();
+  m_score.identification = {};
   m_source.reset();
   return true;
 }

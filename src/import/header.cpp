@@ -144,6 +144,7 @@ bool MusicXML::CreateIdentification() {
     // anew by its own header.
     m_group.notInGroup = false;
     m_group.groupPosition = 0;
+    m_score.partId.clear();
     // One work for the whole score: the first part creates it.
     if (!m_score.work) m_score.work = m_score.root.AppendElement("work");
     // The identification waits at the end of the score until the part-name
