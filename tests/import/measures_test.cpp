@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "musedata/converter_error.h"
@@ -23,17 +24,6 @@ std::string Bar(const std::string& name, const std::string& number, const std::s
   return record;
 }
 
-// A "back" or "irest" record laid out in its columns.
-std::string Move(const std::string& kind, const std::string& duration, char footnote, char level,
-                 char voice, char pass, char staff) {
-  std::string record = kind + duration;
-  record.resize(12, ' ');
-  record += {footnote, level, voice, ' ', pass};
-  record.resize(23, ' ');
-  record += staff;
-  return record;
-}
-
 std::string Measures(const std::vector<std::string>& records) {
   const Imported imported = ImportText(Part(records));
   EXPECT_TRUE(imported.result);
@@ -53,36 +43,30 @@ TEST(BarLine, NumbersMeasuresFromTheFirstBarLine) {
        {"@ a", "measure 1", "@ b"},
        R"(<measure number="0" implicit="yes"><!-- a--></measure>)"
        R"(<measure number="1"><!-- b--></measure>)"},
-      {"bar 2 closes a full first measure",
-       {"@ a", "measure 2", "@ b", "measure 3", "@ c"},
-       R"(<measure number="1"><!-- a--></measure><measure number="2"><!-- b--></measure>)"
-       R"(<measure number="3"><!-- c--></measure>)"},
+      {"bar 2 closes a full first measure; * makes it non-controlling",
+       {"@ a", Bar("measure", "2", "", "", "*"), "@ b", "measure 3", "@ c"},
+       R"(<measure number="1" non-controlling="yes"><!-- a--></measure>)"
+       R"(<measure number="2"><!-- b--></measure><measure number="3"><!-- c--></measure>)"},
       {"unnumbered bars count on from the first measure, which becomes implicit",
        {"@ a", "measure", "@ b", "measure", "@ c"},
-       R"(<measure number="X1" implicit="yes"><!-- a--></measure>)"
-       R"(<measure number="X2"><!-- b--></measure><measure number="X3"><!-- c--></measure>)"},
+       R"(<measure number="X1" implicit="yes"><!-- a--></measure><measure number="X2"><!-- b-->)"
+       R"(</measure><measure number="X3"><!-- c--></measure>)"},
       {"a numbered first bar takes the first measure out of the count",
        {"@ a", "measure 1", "@ b", "measure", "@ c"},
-       R"(<measure number="0" implicit="yes"><!-- a--></measure>)"
-       R"(<measure number="1"><!-- b--></measure><measure number="X1"><!-- c--></measure>)"},
+       R"(<measure number="0" implicit="yes"><!-- a--></measure><measure number="1"><!-- b-->)"
+       R"(</measure><measure number="X1"><!-- c--></measure>)"},
       {"a number that is not a whole number is kept as text",
        {"@ a", "measure 12a", "@ b"},
-       R"(<measure number="X1" implicit="yes"><!-- a--></measure>)"
-       R"(<measure number="12a"><!-- b--></measure>)"},
-      {"a first bar 0 gives a pickup numbered -1",
-       {"@ a", "measure 0", "@ b"},
-       R"(<measure number="-1" implicit="yes"><!-- a--></measure>)"
-       R"(<measure number="0"><!-- b--></measure>)"},
+       R"(<measure number="X1" implicit="yes"><!-- a--></measure><measure number="12a"><!-- b-->)"
+       R"(</measure>)"},
       {"the empty measure after the final bar line is dropped at the end",
        {"@ a", "measure 2", "@ b", "mheavy2 3"},
-       R"(<measure number="1"><!-- a--></measure>)"
-       R"(<measure number="2"><!-- b--><barline location="right">)"
-       R"(<bar-style>light-heavy</bar-style></barline></measure>)"},
+       R"(<measure number="1"><!-- a--></measure><measure number="2"><!-- b--><barline )"
+       R"(location="right"><bar-style>light-heavy</bar-style></barline></measure>)"},
       {"a measure that holds only its left bar line is kept at the end",
        {"@ a", Bar("measure", "2", "", "", "|:")},
-       R"(<measure number="1"><!-- a--></measure>)"
-       R"(<measure number="2"><barline location="left"><repeat direction="forward"/>)"
-       R"(</barline></measure>)"},
+       R"(<measure number="1"><!-- a--></measure><measure number="2"><barline location="left">)"
+       R"(<repeat direction="forward"/></barline></measure>)"},
   };
   for (const Row& row : rows) {
     SCOPED_TRACE(row.name);
@@ -90,101 +74,67 @@ TEST(BarLine, NumbersMeasuresFromTheFirstBarLine) {
   }
 }
 
-TEST(BarLine, StylesFlagsAndWhereTheyGo) {
+TEST(BarLine, NamesTheBarStyle) {
+  const std::vector<std::pair<std::string, std::string>> rows = {
+      {"measure 2", ""},
+      {"mdotted 2", "dotted"},
+      {"mdouble 2", "light-light"},
+      {"mheavy1 2", "heavy"},
+      {"mheavy2", "light-heavy"},
+      {"mheavy3 2", "heavy-light"},
+      {"mheavy4 2", "heavy-heavy"},
+      {"mheavy5 2", ""},
+  };
+  for (const auto& [record, style] : rows) {
+    SCOPED_TRACE(record);
+    const Imported imported = ImportText(Part({"@ a", record, "@ b"}));
+    EXPECT_EQ(XmlAt(imported.document, "//barline"),
+              style.empty()
+                  ? ""
+                  : R"(<barline location="right"><bar-style>)" + style + "</bar-style></barline>");
+  }
+}
+
+TEST(BarLine, PutsFlagsOnTheRightOrLeftBarLine) {
   struct Row {
     const char* name;
-    std::string bar;  // closes measure 1 and opens measure 2
-    std::string closed;
-    std::string opened;
+    std::string bar;
+    std::string barlines;  // the closed measure's, then the new measure's
   };
-  const std::string plain = R"(<measure number="2"><!-- b--></measure>)";
   const std::vector<Row> rows = {
-      {"plain bar", "measure 2", R"(<measure number="1"><!-- a--></measure>)", plain},
-      {"dotted", "mdotted 2",
-       R"(<measure number="1"><!-- a--><barline location="right"><bar-style>dotted</bar-style>)"
-       R"(</barline></measure>)",
-       plain},
-      {"double", "mdouble 2",
-       R"(<measure number="1"><!-- a--><barline location="right">)"
-       R"(<bar-style>light-light</bar-style></barline></measure>)",
-       plain},
-      {"heavy1", "mheavy1 2",
-       R"(<measure number="1"><!-- a--><barline location="right"><bar-style>heavy</bar-style>)"
-       R"(</barline></measure>)",
-       plain},
-      {"heavy2, short record without number", "mheavy2",
-       R"(<measure number="1"><!-- a--><barline location="right">)"
-       R"(<bar-style>light-heavy</bar-style></barline></measure>)",
-       R"(<measure number="X1"><!-- b--></measure>)"},
-      {"heavy3", "mheavy3 2",
-       R"(<measure number="1"><!-- a--><barline location="right">)"
-       R"(<bar-style>heavy-light</bar-style></barline></measure>)",
-       plain},
-      {"heavy4", "mheavy4 2",
-       R"(<measure number="1"><!-- a--><barline location="right">)"
-       R"(<bar-style>heavy-heavy</bar-style></barline></measure>)",
-       plain},
-      {"unknown bar name has no style", "mheavy5 2", R"(<measure number="1"><!-- a--></measure>)",
-       plain},
       {"backward repeat", Bar("mheavy2", "2", "", "", ":|"),
-       R"(<measure number="1"><!-- a--><barline location="right">)"
-       R"(<bar-style>light-heavy</bar-style><repeat direction="backward"/></barline></measure>)",
-       plain},
-      {"forward repeat goes on the new measure", Bar("mheavy3", "2", "", "", "|:"),
-       R"(<measure number="1"><!-- a--><barline location="right">)"
-       R"(<bar-style>heavy-light</bar-style></barline></measure>)",
-       R"(<measure number="2"><barline location="left"><repeat direction="forward"/></barline>)"
-       R"(<!-- b--></measure>)"},
-      {"both repeats", Bar("mheavy4", "2", "", "", ":|:"),
-       R"(<measure number="1"><!-- a--><barline location="right">)"
-       R"(<bar-style>heavy-heavy</bar-style><repeat direction="backward"/></barline></measure>)",
-       R"(<measure number="2"><barline location="left"><repeat direction="forward"/></barline>)"
-       R"(<!-- b--></measure>)"},
-      {"ending start", Bar("measure", "2", "", "", "start-end1"),
-       R"(<measure number="1"><!-- a--></measure>)",
-       R"(<measure number="2"><barline location="left"><ending number="1" type="start"/>)"
-       R"(</barline><!-- b--></measure>)"},
-      {"ending stop, repeat and the next ending",
-       Bar("mheavy2", "2", "", "", "stop-end1 :| start-end2"),
-       R"(<measure number="1"><!-- a--><barline location="right"><bar-style>light-heavy</bar-style>)"
-       R"(<ending number="1" type="stop"/><repeat direction="backward"/></barline></measure>)",
-       R"(<measure number="2"><barline location="left"><ending number="2" type="start"/>)"
-       R"(</barline><!-- b--></measure>)"},
+       R"(<barline location="right"><bar-style>light-heavy</bar-style>)"
+       R"(<repeat direction="backward"/></barline>)"},
+      {"forward repeat", Bar("measure", "2", "", "", "|:"),
+       R"(<barline location="left"><repeat direction="forward"/></barline>)"},
+      {"both repeats", Bar("measure", "2", "", "", ":|:"),
+       R"(<barline location="right"><repeat direction="backward"/></barline><barline )"
+       R"(location="left"><repeat direction="forward"/></barline>)"},
+      {"ending stop, repeat and the next ending's start",
+       Bar("measure", "2", "", "", "stop-end1 :| start-end2"),
+       R"(<barline location="right"><ending number="1" type="stop"/><repeat direction="backward"/>)"
+       R"(</barline><barline location="left"><ending number="2" type="start"/></barline>)"},
       {"ending discontinue; the later ending flag wins",
-       Bar("mdouble", "2", "", "", "stop-end1disc-end2"),
-       R"(<measure number="1"><!-- a--><barline location="right"><bar-style>light-light</bar-style>)"
-       R"(<ending number="2" type="discontinue"/></barline></measure>)",
-       plain},
+       Bar("measure", "2", "", "", "stop-end1disc-end2"),
+       R"(<barline location="right"><ending number="2" type="discontinue"/></barline>)"},
       {"marks in their fixed order, unknown flags ignored", Bar("measure", "2", "", "", "E:|xF A~"),
-       R"(<measure number="1"><!-- a--><barline location="right"><wavy-line type="continue"/>)"
-       R"(<segno/><fermata/><fermata type="inverted"/><repeat direction="backward"/></barline>)"
-       R"(</measure>)",
-       plain},
+       R"(<barline location="right"><wavy-line type="continue"/><segno/><fermata/><fermata )"
+       R"(type="inverted"/><repeat direction="backward"/></barline>)"},
       {"% is a segno too", Bar("measure", "2", "", "", "%"),
-       R"(<measure number="1"><!-- a--><barline location="right"><segno/></barline></measure>)",
-       plain},
-      {"non-controlling marks the closed measure", Bar("measure", "2", "", "", "*"),
-       R"(<measure number="1" non-controlling="yes"><!-- a--></measure>)", plain},
+       R"(<barline location="right"><segno/></barline>)"},
       {"footnote and level without flags", Bar("measure", "2", "f", "1", ""),
-       R"(<measure number="1"><!-- a--><barline location="right"><footnote>f</footnote>)"
-       R"(<level>1</level></barline></measure>)",
-       plain},
-      {"footnote and level repeated on an opening left bar line",
-       Bar("mdotted", "2", "f", "1", "stop-end1|:"),
-       R"(<measure number="1"><!-- a--><barline location="right"><bar-style>dotted</bar-style>)"
-       R"(<footnote>f</footnote><level>1</level><ending number="1" type="stop"/></barline>)"
-       R"(</measure>)",
-       R"(<measure number="2"><barline location="left"><footnote>f</footnote><level>1</level>)"
-       R"(<repeat direction="forward"/></barline><!-- b--></measure>)"},
-      {"flags are read only from column 17", "measure 2     :|",
-       R"(<measure number="1"><!-- a--></measure>)", plain},
+       R"(<barline location="right"><footnote>f</footnote><level>1</level></barline>)"},
+      {"footnote and level again on an opening left bar line", Bar("measure", "2", "f", "1", "|:"),
+       R"(<barline location="right"><footnote>f</footnote><level>1</level></barline><barline )"
+       R"(location="left"><footnote>f</footnote><level>1</level><repeat direction="forward"/>)"
+       R"(</barline>)"},
+      {"flags are read only from column 17", "measure 2     :|", ""},
   };
   for (const Row& row : rows) {
     SCOPED_TRACE(row.name);
     const Imported imported = ImportText(Part({"measure 1", "@ a", row.bar, "@ b"}));
     ASSERT_TRUE(imported.result);
-    EXPECT_EQ(XmlAt(imported.document, "/score-partwise/part/measure[2]"), row.closed);
-    EXPECT_EQ(XmlAt(imported.document, "/score-partwise/part/measure[3]"), row.opened);
+    EXPECT_EQ(XmlAt(imported.document, "//barline"), row.barlines);
   }
 }
 
@@ -194,17 +144,18 @@ TEST(BackupForward, MoveTheTimePosition) {
     std::string record;
     std::string expected;
   };
+  // Duration in columns 6-8, footnote 13, level 14, voice 15, pass 17, staff 24.
   const std::vector<Row> rows = {
       {"backup", "back   6", "<backup><duration>6</duration></backup>"},
       {"backup with trailing blanks", "back  12      ", "<backup><duration>12</duration></backup>"},
       {"forward", "irest  4", "<forward><duration>4</duration></forward>"},
-      {"forward with every field", Move("irest", "  4", 'f', '1', '2', '3', '2'),
+      {"forward with every field", "irest  4    f12 3      2",
        "<forward><duration>4</duration><footnote>f</footnote><level>1</level><voice>2</voice>"
        "<pass-number>3</pass-number><staff>2</staff></forward>"},
-      {"backup has no voice or staff", Move("back ", " 16", 'f', '1', '2', '3', '2'),
+      {"backup has no voice or staff", "back  16    f12 3      2",
        "<backup><duration>16</duration><footnote>f</footnote><level>1</level>"
        "<pass-number>3</pass-number></backup>"},
-      {"a pass that is not a digit is dropped", Move("irest", "  4", ' ', ' ', ' ', 'x', ' '),
+      {"a pass that is not a digit is dropped", "irest  4        x",
        "<forward><duration>4</duration></forward>"},
   };
   for (const Row& row : rows) {
@@ -242,8 +193,8 @@ TEST(EndRecord, EndWithTrailingTextAndFine) {
   EXPECT_EQ(XmlAt(ended.document, "/score-partwise/part/measure"),
             R"(<measure number="X1"><!-- a--></measure>)");
 
-  const Imported fine =
-      ImportText(Header() + "@ a\nmeasure 1\n/FINE\nthe music ends here\n$ not an attribute\n/END\n");
+  const Imported fine = ImportText(
+      Header() + "@ a\nmeasure 1\n/FINE\nthe music ends here\n$ not an attribute\n/END\n");
   ASSERT_TRUE(fine.result);
   EXPECT_EQ(XmlAt(fine.document, "/score-partwise/part/measure"),
             R"(<measure number="0" implicit="yes"><!-- a--></measure>)");
