@@ -124,6 +124,9 @@ class MusicXML {
   bool ParseBackupForward();
   bool ParseEnd();
   bool ParseAfterFine();
+  // Renumbers the first measure of a file from its closing bar line (a pickup
+  // becomes measure 0, implicit).
+  void NumberFirstMeasure(std::string_view numberText);
 
   // ---- Directions (import/directions.cpp) ----
   bool ParseDirection();
