@@ -9,6 +9,7 @@
 
 #include "component/error_codes.h"
 #include "component/music_xml.h"
+#include "encoding/base40.h"
 #include "encoding/columns.h"
 #include "encoding/note_codes.h"
 
@@ -44,6 +45,20 @@ void AppendAccidental(NoteState& state, const RecordView& record) {
   if (text.empty()) return;
   state.currentAccidental = state.currentNote.AppendElement("accidental", text);
   KeepAsPlaceholder(state, state.currentAccidental);
+}
+
+// A tuplet: so many actual notes in the time of so many normal ones. A record
+// that gives only the actual notes means the usual ratio for that number.
+void AppendTimeModification(NoteState& state, const RecordView& record) {
+  if (!record.Has(kNoteTimeModification)) return;
+  const std::string actual = ConvertDigit(record.Column(kNoteTimeModification.first));
+  std::string normal = ConvertDigit(record.Column(kNoteTimeModification.last));
+  if (normal.empty()) normal = DerivedNormalNotes(actual);
+  if (actual.empty() || normal.empty()) return;
+  const xml::Node ratio = state.currentNote.AppendElement("time-modification");
+  ratio.AppendElement("actual-notes", actual);
+  ratio.AppendElement("normal-notes", normal);
+  KeepAsPlaceholder(state, ratio);
 }
 
 // A blank stem column means the note is printed without a stem; a record that
@@ -95,6 +110,7 @@ bool MusicXML::ParseStage2Data(NoteKind kind, bool isRest) {
     if (kind == NoteKind::Regular) CreateNoteType(NoteKind::Regular);
     AppendDots(note, record);
     AppendAccidental(m_note, record);
+    AppendTimeModification(m_note, record);
     if (!isRest) AppendStem(m_note, record);
     AppendStaff(m_note, record);
     AppendBeams(m_note, record);
