@@ -151,7 +151,7 @@ void MusicXML::AppendLyric(xml::Node note, int32_t verse, std::string_view text)
 
   if (!text.empty()) {
     // The verse's word flag: a word is open from an earlier note.
-    std::vector<bool>::reference wordOpen = m_tables.lyricWordOpen[static_cast<size_t>(verse)];
+    std::vector<bool>::reference wordOpen = m_tables.lyricWordOpen.at(static_cast<size_t>(verse));
     const char* syllabic = wordOpen ? (hyphen ? "middle" : "end") : (hyphen ? "begin" : "single");
     wordOpen = hyphen;
     lyric.AppendElement("syllabic", syllabic);

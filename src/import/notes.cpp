@@ -174,7 +174,7 @@ void MusicXML::SelectTrack(const RecordView& record) {
 // field; only the last tie opened in a track is remembered. A note that ends
 // one tie and starts the next gets the stop first.
 void MusicXML::AppendSoundingTies(xml::Node note, const RecordView& record) {
-  std::string& openTie = m_tables.pendingTies[static_cast<size_t>(m_note.currentTrack)];
+  std::string& openTie = m_tables.pendingTies.at(static_cast<size_t>(m_note.currentTrack));
   if (!openTie.empty() && openTie == m_note.notePitchKey) {
     note.AppendElement("tie").SetAttr("type", "stop");
     openTie.clear();
