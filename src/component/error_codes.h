@@ -60,6 +60,10 @@ inline constexpr Procedure kParseFiguredBass{6028, "MuseData ParseFiguredBass"};
 inline constexpr int32_t kErrFiguredBass = 6029;
 inline constexpr Procedure kParseInitialLine{6030, "MuseData ParseInitialLine"};
 inline constexpr Procedure kParseNotations{6034, "MuseData ParseNotations"};
+// An editorial ("^") or cautionary ("+") natural on a note that has neither an
+// accidental nor any later printed field to stand before.
+inline constexpr int32_t kErrEditorialNaturalPlaceholder = 6042;
+inline constexpr int32_t kErrCautionaryNaturalPlaceholder = 6043;
 inline constexpr Procedure kParseNoteRecord{6035, "MuseData ParseNoteRecord"};
 inline constexpr Procedure kParsePrintSuggestion{6036, "MuseData ParsePrintSuggestion"};
 inline constexpr Procedure kParseSoundSuggestion{6038, "MuseData ParseSoundSuggestion"};
