@@ -88,6 +88,10 @@ class NotationIndex {
   std::vector<std::pair<int32_t, xml::Node>> m_entries;
 };
 
+// What a note record makes: a note that sounds in the music's time, or a cue
+// or grace note, which takes no time of its own.
+enum class NoteKind { Regular, Cue, Grace };
+
 // The note being completed by the note record, its data fields and its notations.
 struct NoteState {
   xml::Node currentNote;

@@ -106,8 +106,24 @@ class MusicXML {
   // ---- Notes (import/notes.cpp, import/note_fields.cpp, import/notations.cpp) ----
   bool ParseNoteRecord();
   bool ParseCueGrace();
-  bool ParseStage2Data();
+  // Completes the current note from column 13 on; false when its notations
+  // ended the load. A rest gets no stem.
+  bool ParseStage2Data(NoteKind kind, bool isRest);
   bool ParseNotations();
+  // Appends to the current note the `type` of column 17 (a regular note at cue
+  // size, or a cue note at full size, says so); empty when column 17 holds no
+  // note value.
+  xml::Node CreateNoteType(NoteKind kind);
+  // The printed value of a grace note's type code, and whether it is slashed;
+  // "" and no slash for an unknown code.
+  std::string_view CueGraceType(std::string_view code, bool& slash);
+  // Steps of the note records.
+  xml::Node StartNote();
+  void SelectTrack(const RecordView& record);
+  void AppendSoundingTies(xml::Node note, const RecordView& record);
+  void AppendGraceType(xml::Node note, xml::Node grace, const RecordView& record);
+  void AppendLyrics(xml::Node note, const RecordView& record);
+  void AppendLyric(xml::Node note, int32_t verse, std::string_view text);
 
   // ---- Attributes (import/attributes.cpp) ----
   bool ParseAttributes();
