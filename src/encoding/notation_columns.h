@@ -5,7 +5,7 @@
 
 #include <cstdint>
 
-#include "encoding/record_view.h"
+#include "encoding/columns.h"
 
 namespace musedata {
 
@@ -13,7 +13,7 @@ namespace musedata {
 // Some codes take the columns after them as their argument (a substituted
 // finger, an editorial level's digit, an ornament's accidental); such an
 // argument never reaches past the last column into the lyrics.
-inline constexpr Span kNotationField{32, 43};
+inline constexpr Span kNotationField = kNoteNotations;
 
 // How far after its code a code's argument stands: the finger of a
 // substitution, the digit code of an editorial level, the first letter of an
