@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "musedata/document.h"
+#include "xml/detached_element.h"
 #include "xml/node.h"
 
 namespace musedata {
@@ -127,6 +128,9 @@ struct MeasureState {
 // suggestions refer to them.
 struct DirectionState {
   xml::Node currentDirection;
+  // Owns the current direction while no measure holds it: a record whose type
+  // columns make nothing leaves its direction outside the score, yet current.
+  xml::DetachedElement unattachedDirection;
   xml::Node currentFiguredBass;
 };
 

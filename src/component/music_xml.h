@@ -138,6 +138,13 @@ class MusicXML {
 
   // ---- Directions (import/directions.cpp) ----
   bool ParseDirection();
+  // Appends to `directionType` the element of one direction-type letter and
+  // returns it; empty for a letter that makes no element. Raises 6045 for a
+  // rehearsal mark ("A").
+  xml::Node CreateDirectionType(xml::Node directionType, std::string_view letter);
+  // Appends to `dynamics` the element of one dynamic text ("ff", "Z" for sfz,
+  // anything unknown as other-dynamics) and returns it. Note notations use it too.
+  xml::Node CreateDynamicElement(xml::Node dynamics, std::string_view text);
 
   // ---- Figured bass (import/figured_bass.cpp) ----
   bool ParseFiguredBass();
