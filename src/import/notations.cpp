@@ -28,8 +28,8 @@ std::string_view ColumnText(const RecordView& record, int32_t column) noexcept {
   return column <= kNotationField.last ? record.Column(column) : std::string_view();
 }
 
-bool IsCode(char code) noexcept {
-  return code != ' ' && code != '\0';
+bool IsBlank(char character) noexcept {
+  return character == ' ' || character == '\0';
 }
 
 // Appends the element of a code with the attributes the code sets.
@@ -120,8 +120,10 @@ void MusicXML::NotationReader::ReadColumns() {
   for (int32_t column = kNotationField.first; column <= kNotationField.last;) {
     const char character = CodeAt(m_record, column);
     const NotationCode* code = FindNotationCode(character);
-    // An editorial level makes its own `notations`.
-    if (IsCode(character) && character != '&' && !m_notations) StartNotations();
+    // Any other character than a blank opens the note's notations, even one
+    // that stands for nothing; an editorial level makes its own.
+    const bool isLevel = code != nullptr && code->family == NotationFamily::EditorialLevel;
+    if (!IsBlank(character) && !isLevel && !m_notations) StartNotations();
     if (code == nullptr || code->family != NotationFamily::Dynamic) CloseDynamic();
     const int32_t next = code != nullptr ? ReadCode(*code, column) : column + 1;
     Enter(column);
