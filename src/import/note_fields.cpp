@@ -104,6 +104,7 @@ void AppendBeams(NoteState& state, const RecordView& record) {
 bool MusicXML::ParseStage2Data(NoteKind kind, bool isRest) {
   return Trap(kParseStage2Data, &m_caught, [&] {
     const RecordView record = Record();
+    // A record that ends before the data fields has nothing more to say.
     if (record.Length() < kNoteFootnote) return true;
     const xml::Node note = m_note.currentNote;
     AppendEditorialFields(note, record, kind);
