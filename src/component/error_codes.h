@@ -66,6 +66,10 @@ inline constexpr int32_t kErrGroupRecordTokens = 6033;
 // A header record was not understood and the first header record looked like XML.
 inline constexpr int32_t kErrHeaderMayBeXml = 6082;
 inline constexpr Procedure kParseNotations{6034, "MuseData ParseNotations"};
+// An editorial ("^") or cautionary ("+") natural on a note that has neither an
+// accidental nor any later printed field to stand before.
+inline constexpr int32_t kErrEditorialNaturalPlaceholder = 6042;
+inline constexpr int32_t kErrCautionaryNaturalPlaceholder = 6043;
 inline constexpr Procedure kParseNoteRecord{6035, "MuseData ParseNoteRecord"};
 inline constexpr Procedure kParsePrintSuggestion{6036, "MuseData ParsePrintSuggestion"};
 inline constexpr Procedure kParseSoundSuggestion{6038, "MuseData ParseSoundSuggestion"};

@@ -131,6 +131,8 @@ class MusicXML {
   void AppendGraceType(xml::Node note, xml::Node grace, const RecordView& record);
   void AppendLyrics(xml::Node note, const RecordView& record);
   void AppendLyric(xml::Node note, int32_t verse, std::string_view text);
+  // Reads one note's notation columns into its `notations` (import/notations.cpp).
+  class NotationReader;
 
   // ---- Attributes (import/attributes.cpp) ----
   bool ParseAttributes();
