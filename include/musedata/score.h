@@ -59,7 +59,7 @@ struct ExportOptions {
 // part that cannot be written.
 //
 // The MuseData writers are not available yet: for now every export of a
-// score-partwise document raises 0x800417AF (source "Verdantix") "MuseData
+// score-partwise document raises 0x800417A7 (source "Verdantix") "MuseData
 // SaveHeader error 5: MuseData export is not available yet".
 bool ExportPart(const Document& document, int32_t partNumber, const std::string& path,
                 const ExportOptions& options = {});
