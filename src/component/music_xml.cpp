@@ -68,6 +68,26 @@ bool MusicXML::Load(std::unique_ptr<LineSource> source) {
   });
 }
 
+void MusicXML::SetXML(Document document) {
+  // The elements kept from earlier loads live in the document they were made
+  // in, and a libxml2 node does not keep its document alive: when the host
+  // hands over another score, they are let go before the old one can be freed.
+  if (!(document == m_score.document)) ReleaseHeldElements();
+  m_score.document = std::move(document);
+}
+
+void MusicXML::ReleaseHeldElements() {
+  m_score.root = {};
+  m_score.work = {};
+  m_score.partList = {};
+  m_score.identification = {};
+  m_score.currentMeasure = {};
+  std::fill(m_score.parts.begin(), m_score.parts.end(), xml::Node());
+  std::fill(m_score.scoreParts.begin(), m_score.scoreParts.end(), xml::Node());
+  m_note = NoteState();
+  m_direction = DirectionState();
+}
+
 bool MusicXML::Save(const std::string& FileName, int32_t PartNumber) {
   return Trap(kSave, &m_caught, [&] {
     m_progress.cancel = false;

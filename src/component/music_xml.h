@@ -78,7 +78,9 @@ class MusicXML {
   friend struct EngineProbe;  // white-box access for the engine's own tests
 
   // Replaces the document reference; for the component only.
-  void SetXML(Document document) { m_score.document = std::move(document); }
+  void SetXML(Document document);
+  // Lets go of every element kept from the current document.
+  void ReleaseHeldElements();
 
   // ---- Drivers (music_xml.cpp) ----
   bool LoadSource(std::unique_ptr<LineSource> source);

@@ -212,5 +212,24 @@ TEST(MuseData, SaveWritesNothingUnlessTheWholePartIsWritten) {
   }
 }
 
+// A save hands the component's score to the engine; a further load then adds
+// its part to that score, not to the one the engine built before.
+TEST(MuseData, LoadAfterSavingAnotherScoreAddsToThatScore) {
+  const TwoParts files;
+  MuseData other;
+  ASSERT_TRUE(other.Load(files.first));
+  const Document handedOver = other.XML();
+
+  MuseData component;
+  ASSERT_TRUE(component.Load(files.first));
+  ASSERT_TRUE(component.Load(files.second));
+  component.SetXML(handedOver);  // the score of two parts now lives only in the engine
+  EXPECT_THROW(component.Save(files.dir.Path() + "/out.md"), ConverterError);
+
+  ASSERT_TRUE(component.Load(files.second));
+  EXPECT_EQ(component.XML(), handedOver);
+  EXPECT_EQ(xml::Root(handedOver).CountChildren("part"), 2);
+}
+
 }  // namespace
 }  // namespace musedata::test
