@@ -1,7 +1,8 @@
 #pragma once
 
 // Everyday conversion for C++ hosts: MuseData part files in, one MusicXML
-// score out.
+// score out, and one part of a score back out as MuseData. Both run on the
+// converter component created by its class name "Ondrelink.MuseData".
 
 #include <cstdint>
 #include <functional>
@@ -22,7 +23,8 @@ struct ImportOptions {
   TextEncoding encoding = TextEncoding::Auto;
   // Called after every record with the name of the file being read, the bytes
   // read so far and its size; setting cancel stops the import.
-  std::function<void(const std::string& file, int32_t current, int32_t size, bool& cancel)> progress;
+  std::function<void(const std::string& file, int32_t current, int32_t size, bool& cancel)>
+      progress;
   // Receives warnings that do not stop the import.
   std::function<void(const std::string& text)> warning;
 };
@@ -41,6 +43,26 @@ struct ImportResult {
 // be converted; an import that a record or the host ended early is a result
 // with `complete` false.
 ImportResult ImportScore(const std::vector<std::string>& paths, const ImportOptions& options = {});
+
+struct ExportOptions {
+  // Called per measure with the work done so far and the whole work; setting
+  // cancel stops the export.
+  std::function<void(int32_t current, int32_t size, bool& cancel)> progress;
+  // Receives warnings that do not stop the export.
+  std::function<void(const std::string& text)> warning;
+};
+
+// Writes part `partNumber` (from 1) of the score-partwise `document` as the
+// MuseData file `path`, which is replaced only when the whole part was
+// written. Returns false, writing nothing, when the document is not
+// score-partwise or the export was cancelled. Raises ConverterError for a
+// part that cannot be written.
+//
+// The MuseData writers are not available yet: for now every export of a
+// score-partwise document raises 0x800417A7 (source "Verdantix") "MuseData
+// SaveHeader error 5: MuseData export is not available yet".
+bool ExportPart(const Document& document, int32_t partNumber, const std::string& path,
+                const ExportOptions& options = {});
 
 // The document as indented UTF-8 MusicXML text.
 std::string ToMusicXmlText(const Document& document);

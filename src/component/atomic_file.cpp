@@ -1,12 +1,12 @@
 #include "component/atomic_file.h"
 
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
+#include <utility>
 
 #include "musedata/converter_error.h"
 
@@ -14,40 +14,74 @@ namespace musedata {
 namespace {
 
 [[noreturn]] void RaiseWriteError(const std::string& path, int error) {
+<<<<<<< HEAD
   std::string description = "Path/File access error: cannot write ";
   description.append(path).append(": ").append(std::strerror(error));
   throw ConverterError(75, "musedata", std::move(description));
+=======
+  throw ConverterError(
+      75, "musedata", "Path/File access error: cannot write " + path + ": " + std::strerror(error));
+>>>>>>> component
 }
 
 }  // namespace
 
-void WriteFileAtomically(const std::string& path, std::string_view content) {
-  const std::filesystem::path target(path);
+AtomicFileWriter::AtomicFileWriter(std::string path) : m_path(std::move(path)) {
+  const std::filesystem::path target(m_path);
   const std::filesystem::path folder = target.has_parent_path() ? target.parent_path() : ".";
-  std::string temporary = (folder / ("." + target.filename().string() + ".XXXXXX")).string();
-  const int fd = mkstemp(temporary.data());
-  if (fd < 0) RaiseWriteError(path, errno);
-  size_t written = 0;
-  while (written < content.size()) {
-    const ssize_t n = ::write(fd, content.data() + written, content.size() - written);
-    if (n < 0) {
-      if (errno == EINTR) continue;
-      const int error = errno;
-      ::close(fd);
-      ::unlink(temporary.c_str());
-      RaiseWriteError(path, error);
-    }
-    written += static_cast<size_t>(n);
+  m_temporary = (folder / ("." + target.filename().string() + ".XXXXXX")).string();
+  const int fd = mkstemp(m_temporary.data());
+  if (fd < 0) RaiseWriteError(m_path, errno);
+  m_file = fdopen(fd, "wb");
+  if (!m_file) {
+    const int error = errno;
+    ::close(fd);
+    ::unlink(m_temporary.c_str());
+    RaiseWriteError(m_path, error);
   }
+}
+
+AtomicFileWriter::~AtomicFileWriter() {
+  Discard();
+}
+
+void AtomicFileWriter::Write(std::string_view text) {
+  if (!m_file) RaiseWriteError(m_path, EBADF);
+  if (std::fwrite(text.data(), 1, text.size(), m_file) != text.size()) {
+    const int error = errno;
+    Discard();
+    RaiseWriteError(m_path, error);
+  }
+}
+
+void AtomicFileWriter::Commit() {
+  if (!m_file) RaiseWriteError(m_path, EBADF);
   // Files made by mkstemp are private; give the result the usual permissions.
   const mode_t mask = ::umask(0);
   ::umask(mask);
-  ::fchmod(fd, 0666 & ~mask);
-  if (::close(fd) != 0 || std::rename(temporary.c_str(), path.c_str()) != 0) {
-    const int error = errno;
-    ::unlink(temporary.c_str());
-    RaiseWriteError(path, error);
+  ::fchmod(fileno(m_file), 0666 & ~mask);
+  std::FILE* file = std::exchange(m_file, nullptr);
+  int error = 0;
+  if (std::fflush(file) != 0) error = errno;
+  if (std::fclose(file) != 0 && error == 0) error = errno;
+  if (error == 0 && std::rename(m_temporary.c_str(), m_path.c_str()) != 0) error = errno;
+  if (error != 0) {
+    ::unlink(m_temporary.c_str());
+    RaiseWriteError(m_path, error);
   }
+}
+
+void AtomicFileWriter::Discard() noexcept {
+  if (!m_file) return;
+  std::fclose(m_file);
+  m_file = nullptr;
+  ::unlink(m_temporary.c_str());
+}
+
+void WriteFileAtomically(const std::string& path, std::string_view content) {
+  AtomicFileWriter writer(path);
+  writer.Write(content);
+  writer.Commit();
 }
 
 }  // namespace musedata

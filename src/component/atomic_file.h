@@ -1,13 +1,39 @@
 #pragma once
 
+#include <cstdio>
 #include <string>
 #include <string_view>
 
 namespace musedata {
 
-// Writes `content` to `path` through a temporary file in the same folder that
-// is renamed into place only when everything was written. Raises a
-// ConverterError (source "musedata", 75) naming the path when it cannot.
+// A file written piece by piece through a temporary file in the same folder.
+// Commit renames the temporary file into place; a writer destroyed without
+// Commit removes it, so a failed or cancelled conversion never replaces a
+// good file with a partial one. Every failure raises a ConverterError
+// (source "musedata", 75) naming the path.
+class AtomicFileWriter {
+ public:
+  // Creates the temporary file next to `path`.
+  explicit AtomicFileWriter(std::string path);
+  ~AtomicFileWriter();
+  AtomicFileWriter(const AtomicFileWriter&) = delete;
+  AtomicFileWriter& operator=(const AtomicFileWriter&) = delete;
+
+  void Write(std::string_view text);
+  // Writes everything out and puts the file in place of `path`.
+  void Commit();
+
+  const std::string& Path() const noexcept { return m_path; }
+
+ private:
+  void Discard() noexcept;
+
+  std::string m_path;
+  std::string m_temporary;
+  std::FILE* m_file = nullptr;  // null once committed or discarded
+};
+
+// Writes `content` to `path` through an AtomicFileWriter.
 void WriteFileAtomically(const std::string& path, std::string_view content);
 
 }  // namespace musedata

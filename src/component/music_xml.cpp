@@ -9,6 +9,22 @@
 #include "component/utilities.h"
 
 namespace musedata {
+namespace {
+
+// Ends a save's hold on its output file. A file that was not committed is
+// removed, so the name it was meant for keeps its old content.
+class OutputScope {
+ public:
+  explicit OutputScope(std::unique_ptr<AtomicFileWriter>& output) : m_output(output) {}
+  ~OutputScope() { m_output.reset(); }
+  OutputScope(const OutputScope&) = delete;
+  OutputScope& operator=(const OutputScope&) = delete;
+
+ private:
+  std::unique_ptr<AtomicFileWriter>& m_output;
+};
+
+}  // namespace
 
 MusicXML::MusicXML() = default;
 MusicXML::~MusicXML() = default;
@@ -20,7 +36,9 @@ void MusicXML::SetGroupType(std::string_view value) {
   m_group.groupType = std::move(group);
 }
 
-int32_t MusicXML::LineNumber() const noexcept { return m_source ? m_source->Line() : 0; }
+int32_t MusicXML::LineNumber() const noexcept {
+  return m_source ? m_source->Line() : 0;
+}
 
 int32_t MusicXML::RecordLineNumber() const noexcept {
   return m_source ? m_reader.currentLineNumber + m_source->FirstLineInFile() - 1 : 0;
@@ -48,6 +66,66 @@ bool MusicXML::Load(std::unique_ptr<LineSource> source) {
     if (!source) throw RunTimeError::ObjectNotSet();
     return LoadSource(std::move(source));
   });
+}
+
+void MusicXML::SetXML(Document document) {
+  // The elements kept from earlier loads live in the document they were made
+  // in, and a libxml2 node does not keep its document alive: when the host
+  // hands over another score, they are let go before the old one can be freed.
+  if (!(document == m_score.document)) ReleaseHeldElements();
+  m_score.document = std::move(document);
+}
+
+void MusicXML::ReleaseHeldElements() {
+  m_score.root = {};
+  m_score.work = {};
+  m_score.partList = {};
+  m_score.identification = {};
+  m_score.currentMeasure = {};
+  std::fill(m_score.parts.begin(), m_score.parts.end(), xml::Node());
+  std::fill(m_score.scoreParts.begin(), m_score.scoreParts.end(), xml::Node());
+  m_note = NoteState();
+  m_direction = DirectionState();
+}
+
+bool MusicXML::Save(const std::string& FileName, int32_t PartNumber) {
+  return Trap(kSave, &m_caught, [&] {
+    m_progress.cancel = false;
+    if (!m_score.document) return false;
+    m_score.root = xml::Root(m_score.document);
+    if (m_score.root.Name() != "score-partwise") return false;
+    FitPartArrays();
+    m_source.reset();
+    m_output.reset();
+    m_output = std::make_unique<AtomicFileWriter>(FileName);
+    const OutputScope scope(m_output);
+    m_score.partNumber = PartNumber;
+    if (!SaveHeader(FileName, PartNumber)) return false;
+    if (!SaveData(FileName, PartNumber)) return false;
+    m_output->Commit();
+    return true;
+  });
+}
+
+// A save sizes the part and score-part tables to the parts of the document it
+// writes, when there is more than one, so the header can name the part count.
+void MusicXML::FitPartArrays() {
+  const int32_t partCount = m_score.root.CountChildren("part");
+  if (partCount > 1) m_score.parts.resize(static_cast<size_t>(partCount) + 1);
+  int32_t scorePartCount = 0;
+  for (const xml::Node partList : m_score.root.Children("part-list"))
+    scorePartCount = CheckedAdd(scorePartCount, partList.CountChildren("score-part"));
+  if (scorePartCount > 1) m_score.scoreParts.resize(static_cast<size_t>(scorePartCount) + 1);
+}
+
+void MusicXML::WriteLine(std::string_view line) {
+  if (!m_output) throw RunTimeError::ObjectNotSet();
+  m_output->Write(line);
+  m_output->Write("\n");
+}
+
+void MusicXML::WriteBlankLines(int32_t count) {
+  for (int32_t i = 0; i < count; ++i) WriteLine({});
 }
 
 bool MusicXML::LoadSource(std::unique_ptr<LineSource> source) {

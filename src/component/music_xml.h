@@ -11,6 +11,7 @@
 #include <string>
 #include <string_view>
 
+#include "component/atomic_file.h"
 #include "component/engine_state.h"
 #include "component/line_source.h"
 #include "component/trap.h"
@@ -60,6 +61,10 @@ class MusicXML {
   bool Load(const std::string& FileName);
   // Loads a part from an already opened source (one part of a set file).
   bool Load(std::unique_ptr<LineSource> source);
+  // Writes part `PartNumber` of the document as the MuseData file `FileName`.
+  // False when there is no document, its root is not score-partwise, or the
+  // export stopped early; the file is then left as it was.
+  bool Save(const std::string& FileName, int32_t PartNumber);
 
   // Raised after every record of a load, and per measure of a save.
   ProgressEvent Loading;
@@ -73,7 +78,9 @@ class MusicXML {
   friend struct EngineProbe;  // white-box access for the engine's own tests
 
   // Replaces the document reference; for the component only.
-  void SetXML(Document document) { m_score.document = std::move(document); }
+  void SetXML(Document document);
+  // Lets go of every element kept from the current document.
+  void ReleaseHeldElements();
 
   // ---- Drivers (music_xml.cpp) ----
   bool LoadSource(std::unique_ptr<LineSource> source);
@@ -81,12 +88,23 @@ class MusicXML {
   void StartNewDocument();
   void StartNextPart();
   void GrowPartArrays();
+  void FitPartArrays();
   bool Reset();
   void RaiseLoading(int32_t current, int32_t size);
   // "File <name>, measure <number>" for the import's messages.
   std::string LocationText() const;
   // Shows a warning through the Warning callback (or standard error).
   void ShowWarning(const std::string& text) const;
+
+  // ---- The MuseData output of a save (music_xml.cpp) ----
+  // Writes one MuseData line and its line end to the file being saved.
+  void WriteLine(std::string_view line);
+  // Writes `count` empty lines.
+  void WriteBlankLines(int32_t count);
+
+  // ---- Export driver (export/save_driver.cpp) ----
+  bool SaveHeader(const std::string& FileName, int32_t PartNumber);
+  bool SaveData(const std::string& FileName, int32_t PartNumber);
 
   // ---- Record reader and comments (import/record_reader.cpp) ----
   bool NextRecord();
@@ -174,8 +192,9 @@ class MusicXML {
   // ---- State ----
   std::string m_systemIdentifier;
   TextEncoding m_encoding = TextEncoding::Auto;
-  std::unique_ptr<LineSource> m_source;  // the open input; null when none
-  std::string m_fileName;                // the input's name, for messages
+  std::unique_ptr<LineSource> m_source;        // the open input; null when none
+  std::string m_fileName;                      // the input's name, for messages
+  std::unique_ptr<AtomicFileWriter> m_output;  // the MuseData file being saved; null otherwise
   ReaderState m_reader;
   ScoreState m_score;
   GroupState m_group;

@@ -1,0 +1,104 @@
+#include "musedata/registry.h"
+
+#include <gtest/gtest.h>
+
+#include "musedata/converter_error.h"
+#include "musedata/muse_data.h"
+#include "support/test_support.h"
+#include "xml/node.h"
+
+namespace musedata::test {
+namespace {
+
+// Registration state is process-wide: put the component back after a test
+// that takes it out.
+struct RegisteredAgain {
+  ~RegisteredAgain() { DllRegisterServer(); }
+};
+
+int32_t CreateObjectError(const char* progId) {
+  try {
+    CreateObject(progId);
+  } catch (const ConverterError& error) {
+    EXPECT_EQ(error.Description(), "ActiveX component can't create object");
+    return error.Number();
+  }
+  return 0;
+}
+
+// Class names are matched without regard to case, both by name and through
+// the class factory entry point; anything else is not served.
+TEST(Registry, ClassesByProgId) {
+  const struct {
+    const char* progId;
+    bool served;
+  } rows[] = {
+      {"Ondrelink.MuseData", true}, {"ONDRELINK.MUSEDATA", true}, {"Ondrelink.MuseData2", false},
+      {"Ondrelink.MuseDat", false}, {"Ondrelink.Finale", false},  {"", false},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.progId);
+    void* factory = reinterpret_cast<void*>(1);
+    if (row.served) {
+      const std::unique_ptr<MusicXMLConverter> converter = CreateObject(row.progId);
+      EXPECT_NE(dynamic_cast<MuseData*>(converter.get()), nullptr);
+      EXPECT_EQ(DllGetClassObject(row.progId, &factory), 0);
+      EXPECT_NE(factory, nullptr);
+    } else {
+      EXPECT_EQ(CreateObjectError(row.progId), 429);
+      EXPECT_EQ(DllGetClassObject(row.progId, &factory), static_cast<int>(0x80040111u));
+      EXPECT_EQ(factory, nullptr);
+    }
+  }
+  void* factory = nullptr;
+  EXPECT_EQ(DllGetClassObject(nullptr, &factory), static_cast<int>(0x80040111u));
+  EXPECT_EQ(DllGetClassObject(kMuseDataProgId, nullptr), static_cast<int>(0x80004003u));
+}
+
+TEST(Registry, UnregisteredClassCannotBeCreatedByNameButItsFactoryServes) {
+  const RegisteredAgain restore;
+  ASSERT_EQ(DllUnregisterServer(), 0);
+  EXPECT_EQ(CreateObjectError(kMuseDataProgId), 429);
+  void* factory = nullptr;
+  EXPECT_EQ(DllGetClassObject(kMuseDataProgId, &factory), 0);
+  EXPECT_NE(factory, nullptr);
+
+  ASSERT_EQ(DllRegisterServer(), 0);
+  ASSERT_EQ(DllRegisterServer(), 0);  // registering twice is harmless
+  EXPECT_NE(CreateObject(kMuseDataProgId), nullptr);
+  ASSERT_EQ(DllUnregisterServer(), 0);
+  EXPECT_EQ(CreateObjectError(kMuseDataProgId), 429);  // and leaves one entry to remove
+}
+
+// The path of a host that loads the library by path: register, get the class
+// factory, create the component, load two parts with progress events.
+TEST(Registry, HostDrivesComponentThroughEntryPoints) {
+  TempDir dir;
+  const std::string first = dir.Write("a.md", Part({"$ K:0 Q:4 T:4/4 C:4"}));
+  const std::string second = dir.Write("b.md", Part({"$ K:0 Q:4 T:4/4 C:4"}));
+  ASSERT_EQ(DllCanUnloadNow(), 0);
+  ASSERT_EQ(DllRegisterServer(), 0);
+  void* object = nullptr;
+  ASSERT_EQ(DllGetClassObject("Ondrelink.MuseData", &object), 0);
+  auto* factory = static_cast<ClassFactory*>(object);
+  {
+    const std::unique_ptr<MusicXMLConverter> converter(factory->CreateInstance());
+    const std::unique_ptr<MusicXMLConverter> another(factory->CreateInstance());
+    EXPECT_EQ(DllCanUnloadNow(), 1);
+    auto* component = dynamic_cast<MuseData*>(converter.get());
+    ASSERT_NE(component, nullptr);
+    int events = 0;
+    component->Loading = [&](int32_t, int32_t, bool&) { ++events; };
+    ASSERT_TRUE(converter->Load(first));
+    ASSERT_TRUE(converter->Load(second));
+    EXPECT_GT(events, 2);
+    EXPECT_EQ(xml::Root(converter->XML()).CountChildren("part"), 2);
+    EXPECT_EQ(xml::Root(another->XML()).CountChildren("part"), 0);  // each has its own score
+  }
+  EXPECT_EQ(DllCanUnloadNow(), 0);
+  const std::unique_ptr<MusicXMLConverter> byName = CreateObject(kMuseDataProgId);
+  EXPECT_EQ(DllCanUnloadNow(), 1);
+}
+
+}  // namespace
+}  // namespace musedata::test

@@ -1,0 +1,56 @@
+#include "musedata/score.h"
+
+#include <gtest/gtest.h>
+
+#include "component/utilities.h"
+#include "musedata/converter_error.h"
+#include "support/test_support.h"
+#include "xml/node.h"
+
+namespace musedata::test {
+namespace {
+
+TEST(Score, ImportRunsEveryFileThroughOneComponent) {
+  TempDir dir;
+  const std::vector<std::string> paths = {
+      dir.Write("a.md", Part({"$ K:0 Q:4 T:4/4 C:4"})),
+      dir.Write("b.md", Part({"$ K:0 Q:4 T:4/4 C:4"})),
+  };
+  const struct {
+    const char* name;
+    const char* cancelIn;  // the file whose first event cancels; none when null
+    bool complete;
+    int parts;
+    const char* stoppedAt;
+  } rows[] = {
+      {"whole import", nullptr, true, 2, ""},
+      {"cancelled in the second file", "b.md", false, 1, "b.md, line 1: cancelled"},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.name);
+    std::vector<std::string> filesSeen;
+    ImportOptions options;
+    options.progress = [&](const std::string& file, int32_t, int32_t, bool& cancel) {
+      if (filesSeen.empty() || filesSeen.back() != file) filesSeen.push_back(file);
+      if (row.cancelIn && file == row.cancelIn) cancel = true;
+    };
+    const ImportResult result = ImportScore(paths, options);
+    EXPECT_EQ(result.complete, row.complete);
+    EXPECT_EQ(result.stoppedAt, row.stoppedAt);
+    EXPECT_EQ(xml::Root(result.document).CountChildren("part"), row.parts);
+    EXPECT_EQ(filesSeen, (std::vector<std::string>{"a.md", "b.md"}));
+  }
+}
+
+// Until the MuseData writers exist, an export raises and leaves the file alone.
+TEST(Score, ExportPartLeavesTheFileAloneUntilWritersExist) {
+  TempDir dir;
+  const std::string target = dir.Write("out.md", "kept\n");
+  EXPECT_FALSE(ExportPart(InitializeXML(false, ""), 1, target));
+  const ImportResult score = ImportScore({dir.Write("a.md", Part({"$ K:0 Q:4 T:4/4 C:4"}))});
+  EXPECT_THROW(ExportPart(score.document, 1, target), ConverterError);
+  EXPECT_EQ(ReadFile(target), "kept\n");
+}
+
+}  // namespace
+}  // namespace musedata::test
