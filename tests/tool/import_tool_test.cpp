@@ -109,6 +109,16 @@ TEST(ImportTool, LoadsEveryInputAsTheNextPart) {
   EXPECT_EQ(MarkerOrder(parts, {"part1", "part2", "part10"}), "part1 part2 part10 ");
 }
 
+TEST(ImportTool, ConvertsTheBundledMinuetWithoutWarnings) {
+  const TempDir folder;
+  const fs::path minuet = fs::path(__FILE__).parent_path() / "../../examples/minuet";
+  const ToolRun run = RunTool(
+      folder.Path(), "import -o minuet.musicxml '" + minuet.lexically_normal().string() + "'");
+  EXPECT_EQ(run.status, 0);
+  EXPECT_EQ(run.err, "");
+  EXPECT_EQ(PartCount(ReadFile(folder.Path() + "/minuet.musicxml")), 3u);
+}
+
 TEST(ImportTool, FailuresReportAndNeverReplaceTheOutput) {
   const TempDir folder;
   folder.Write("good.md", Part({"@ good"}));
