@@ -158,14 +158,18 @@ TEST(ImportTool, FailuresReportAndNeverReplaceTheOutput) {
 TEST(ImportTool, WrongUsageExits64) {
   const TempDir folder;
   folder.Write("a.md", Part({"@ a"}));
-  for (const char* arguments : {"", "import", "transmogrify a.md", "import --bogus a.md",
-                                "import a.md -o", "import --encoding ebcdic a.md"}) {
+  fs::create_directories(folder.Path() + "/empty/.git");
+  folder.Write("empty/.hidden.md", Part({"@ hidden"}));
+  for (const char* arguments :
+       {"", "import", "transmogrify a.md", "import --bogus a.md", "import a.md -o",
+        "import --encoding ebcdic a.md", "import -o out.musicxml empty"}) {
     SCOPED_TRACE(arguments);
     const ToolRun run = RunTool(folder.Path(), arguments);
     EXPECT_EQ(run.status, 64);
     EXPECT_NE(run.err, "");
     EXPECT_EQ(run.out, "");
   }
+  EXPECT_FALSE(fs::exists(folder.Path() + "/out.musicxml"));
 }
 
 }  // namespace
