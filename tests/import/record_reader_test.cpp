@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <functional>
+#include <stdexcept>
+
 #include "component/music_xml.h"
 #include "support/test_support.h"
 #include "xml/xpath.h"
@@ -222,6 +225,37 @@ TEST(RecordReader, CancellingInTheFirstEventStopsAfterOneRecord) {
   EXPECT_FALSE(engine.Load(std::make_unique<LineSource>("part1.md", Part({"@ x"}))));
   EXPECT_EQ(events, 1);
   EXPECT_EQ(engine.CurrentRecord(), "(C) 2026 musedata test suite");
+}
+
+TEST(RecordReader, ErrorsFromTheHostsHandlerFollowTheConvention) {
+  struct Row {
+    const char* name;
+    std::function<void()> raise;
+    int32_t number;
+    std::string description;
+  };
+  const std::vector<Row> rows = {
+      {"cancellation error passes unchanged",
+       [] { throw ConverterError(kErrorBase + 6007, "Verdantix", "Cancelled by the user"); },
+       kErrorBase + 6007, "Cancelled by the user"},
+      {"host's own error is wrapped", [] { throw ConverterError(42, "Score editor", "Closed"); },
+       kErrorBase + 6008, "MuseData Load error 42: Closed"},
+      {"library exception is wrapped", [] { throw std::out_of_range("index"); }, kErrorBase + 6008,
+       "MuseData Load error 9: Subscript out of range"},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.name);
+    MusicXML engine;
+    engine.Loading = [&](int32_t, int32_t, bool&) { row.raise(); };
+    try {
+      engine.Load(std::make_unique<LineSource>("part1.md", Part({"@ x"})));
+      ADD_FAILURE() << "no error raised";
+    } catch (const ConverterError& error) {
+      EXPECT_EQ(error.Number(), row.number);
+      EXPECT_EQ(error.Source(), "Verdantix");
+      EXPECT_EQ(error.Description(), row.description);
+    }
+  }
 }
 
 TEST(RecordReader, ProgressCountsEveryRecordAndItsLineEnd) {
