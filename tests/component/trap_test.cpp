@@ -25,12 +25,6 @@ ConverterError Raised(const Procedure& procedure, CaughtError* caught,
   return ConverterError(0, "", "");
 }
 
-TEST(Trap, ReturnsTheBodysValueWhenNothingFails) {
-  CaughtError caught;
-  EXPECT_EQ(Trap(kParseBarLine, &caught, [] { return 42; }), 42);
-  EXPECT_EQ(caught.number, 0);
-}
-
 TEST(Trap, OwnErrorPassesThroughUnchangedAndIsRecorded) {
   CaughtError caught;
   const ConverterError error = Raised(kLoad, &caught, [] {

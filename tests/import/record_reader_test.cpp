@@ -163,6 +163,10 @@ TEST(RecordReader, DataRecordsThatAddNothing) {
            Row{"continuation starting the data", {"a", "a note"}, true, 0},
            Row{"end removes an empty last measure", {}, true, 0},
            Row{"end keeps a measure with content", {"@ kept"}, true, 1},
+           Row{"end removes the measure a final bar line opened",
+               {"@ bar 1", "measure 2"},
+               true,
+               1},
        }) {
     SCOPED_TRACE(row.name);
     const Followed followed = Follow(PlainHeader() + Lines(row.records) + "/END\n");
