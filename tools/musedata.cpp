@@ -100,8 +100,14 @@ int RunImport(const ImportCommand& command) {
   else if (command.encoding == "cp1252") options.encoding = musedata::TextEncoding::Cp1252;
   else if (command.encoding == "latin1") options.encoding = musedata::TextEncoding::Latin1;
 
-  musedata::tool::ProgressBar bar(command.progress);
   const std::vector<std::string> files = ExpandInputs(command.inputs);
+  // Folders without a single part file leave nothing to convert; an empty
+  // document would not be a MusicXML score.
+  if (files.empty()) {
+    std::fprintf(stderr, "musedata: the input folders hold no MuseData files; nothing written\n");
+    return kExitUsage;
+  }
+  musedata::tool::ProgressBar bar(command.progress);
   options.progress = [&](const std::string& file, int32_t current, int32_t size, bool&) {
     bar.Update(file, current, size);
   };

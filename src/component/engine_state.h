@@ -19,7 +19,8 @@ namespace musedata {
 // The reader's position in the file: the line and logical record in hand and
 // the zones the reader is in.
 struct ReaderState {
-  std::string_view currentLine;  // the physical line last read (a view into the source)
+  // The physical line last read; a copy, as hosts may read it after the source is closed.
+  std::string currentLine;
   std::string_view lookAhead;    // the physical line after it, read early to find continuations
   int32_t currentLineNumber = 0;  // where the current line stands in the file
   std::string currentRecord;     // the current line with its continuation lines appended

@@ -34,7 +34,7 @@ class MusicXML {
   MusicXML& operator=(const MusicXML&) = delete;
 
   // The physical line last read.
-  std::string CurrentLine() const { return std::string(m_reader.currentLine); }
+  const std::string& CurrentLine() const noexcept { return m_reader.currentLine; }
   // The logical record being handled (the line with its continuation lines).
   const std::string& CurrentRecord() const noexcept { return m_reader.currentRecord; }
   int32_t CurrentRecordLength() const noexcept { return m_reader.currentRecordLength; }

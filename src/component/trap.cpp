@@ -67,7 +67,11 @@ int32_t CheckedMultiply(int32_t a, int32_t b) {
 int32_t ToLong(std::string_view text) {
   while (!text.empty() && text.front() == ' ') text.remove_prefix(1);
   while (!text.empty() && text.back() == ' ') text.remove_suffix(1);
-  if (!text.empty() && text.front() == '+') text.remove_prefix(1);
+  // One sign at most: after a "+" only digits may follow, so "+-3" is no number.
+  if (!text.empty() && text.front() == '+') {
+    text.remove_prefix(1);
+    if (!text.empty() && text.front() == '-') throw RunTimeError::TypeMismatch();
+  }
   if (text.empty()) throw RunTimeError::TypeMismatch();
   int64_t value = 0;
   const auto [end, status] = std::from_chars(text.data(), text.data() + text.size(), value);

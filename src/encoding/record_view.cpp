@@ -51,7 +51,9 @@ std::string_view RecordView::Raw(int32_t first, int32_t last) const noexcept {
   if (first < 1) first = 1;
   if (last < first || first > m_length) return {};
   const size_t begin = Offset(first);
-  const size_t end = Offset(last + 1);
+  // A range that runs past the end (up to the largest column, as callers do for
+  // "the rest of the record") is cut at the end without computing last + 1.
+  const size_t end = last >= m_length ? m_text.size() : Offset(last + 1);
   return m_text.substr(begin, end - begin);
 }
 

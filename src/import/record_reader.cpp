@@ -90,7 +90,7 @@ void MusicXML::AppendContinuationLines() {
   while (!m_reader.lookAhead.empty() && m_reader.lookAhead.front() == 'a') {
     m_reader.currentLine = m_reader.lookAhead;
     AdvanceLookAhead();
-    m_reader.currentRecord.append(m_reader.currentLine.substr(1));
+    m_reader.currentRecord.append(m_reader.currentLine, 1);
     m_reader.currentRecordLength = CharacterCount(m_reader.currentRecord);
   }
 }

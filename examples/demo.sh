@@ -1,0 +1,26 @@
+#!/bin/sh
+# Converts the bundled minuet (three MuseData part files) into one MusicXML
+# score with the musedata tool of the build folder BUILD_DIR.
+#
+#   sh examples/demo.sh BUILD_DIR
+set -eu
+
+if [ $# -ne 1 ]; then
+  echo "usage: sh examples/demo.sh BUILD_DIR" >&2
+  exit 64
+fi
+build=$1
+examples=$(cd "$(dirname "$0")" && pwd)
+tool="$build/musedata"
+if [ ! -x "$tool" ]; then
+  echo "demo: $tool not found; build first (make)" >&2
+  exit 1
+fi
+
+mkdir -p "$build/demo"
+output="$build/demo/minuet.musicxml"
+# The folder stands for its part files in name order: violin, viola, basso.
+"$tool" import --no-progress -o "$output" "$examples/minuet"
+parts=$(grep -c '<part id=' "$output" || true)
+echo "MuseData parts: $examples/minuet ($parts parts)"
+echo "MusicXML score: $output"

@@ -1,0 +1,167 @@
+#include "xml/node.h"
+
+#include <gtest/gtest.h>
+
+#include "component/trap.h"
+#include "support/test_support.h"
+#include "xml/xpath.h"
+
+namespace musedata::xml {
+namespace {
+
+Document Parse(const char* text) {
+  return ParseMemory(text, "test.xml", 6004);
+}
+
+TEST(XmlNode, EmptyNodeAnswersEmptyAndRefusesWrites) {
+  const Node empty;
+  EXPECT_FALSE(empty);
+  EXPECT_EQ(empty.Type(), NodeType::None);
+  EXPECT_EQ(empty.Name(), "");
+  EXPECT_FALSE(empty.Child("measure"));
+  EXPECT_FALSE(empty.Parent().FirstChild().Next());
+  EXPECT_EQ(empty.Children().begin(), empty.Children().end());
+  EXPECT_EQ(empty.CountChildren("part"), 0);
+  EXPECT_EQ(empty.Attr("number"), "");
+  EXPECT_FALSE(empty.HasAttr("number"));
+  EXPECT_EQ(empty.AttrInt("number", -7), -7);
+  EXPECT_EQ(empty.Text(), "");
+  EXPECT_FALSE(Root(Document()));
+  EXPECT_TRUE(XPath("part").Select(empty).empty());
+  empty.RemoveAttr("number");
+  empty.Remove();
+  try {
+    empty.AppendElement("note");
+    FAIL() << "appending to an empty node must raise";
+  } catch (const RunTimeError& error) {
+    EXPECT_EQ(error.Number(), 91);
+  }
+}
+
+TEST(XmlNode, TextReadsEntityReferencesAsTheirCharacters) {
+  const Document doc = Parse("<words/>");
+  const Node words = Root(doc);
+  words.AppendText("Rock ");
+  for (const char* entity : {"amp", "lt", "gt", "quot", "apos"}) words.AppendEntityRef(entity);
+  words.AppendText(" Roll");
+  EXPECT_EQ(words.Text(), "Rock &<>\"' Roll");
+  EXPECT_EQ(NodeToString(words), "<words>Rock &amp;&lt;&gt;&quot;&apos; Roll</words>");
+  // Text only gathers the element's own character data, not its children's.
+  words.AppendElement("syllabic", "single");
+  EXPECT_EQ(words.Text(), "Rock &<>\"' Roll");
+}
+
+TEST(XmlNode, InsertsBeforeAReferenceOrAppendsWithoutOne) {
+  const Document doc = Parse("<score-partwise><part id=\"P1\"/><part id=\"P3\"/></score-partwise>");
+  const Node root = Root(doc);
+  const Node third = root.Child("part").NextElement("part");
+  root.InsertElementBefore("part", third).SetAttr("id", "P2");
+  root.InsertElementBefore("part", Node()).SetAttr("id", "P4");
+  root.PrependElement("part-list");
+  std::string order;
+  for (const Node child : root.Children())
+    order += std::string(child.Name()) + ":" + std::string(child.Attr("id")) + " ";
+  EXPECT_EQ(order, "part-list: part:P1 part:P2 part:P3 part:P4 ");
+  // Moving an existing node keeps one copy of it.
+  root.InsertBefore(root.LastChild(), root.Child("part"));
+  EXPECT_EQ(root.Child("part").Attr("id"), "P4");
+  EXPECT_EQ(root.CountChildren("part"), 4);
+}
+
+TEST(XmlNode, AttributeReads) {
+  const Document doc = Parse(
+      "<m padded=\" 12 \" negative=\"-3\" word=\"x1\" empty=\"\" huge=\"99999999999\" "
+      "escaped=\"a &amp; b\"/>");
+  const Node m = Root(doc);
+  struct Row {
+    const char* name;
+    std::string_view text;
+    int32_t number;
+  };
+  for (const Row& row :
+       {Row{"padded", " 12 ", 12}, Row{"negative", "-3", -3}, Row{"word", "x1", 99},
+        Row{"empty", "", 99}, Row{"huge", "99999999999", 99}, Row{"escaped", "a & b", 99},
+        Row{"absent", "", 99}}) {
+    SCOPED_TRACE(row.name);
+    EXPECT_EQ(m.Attr(row.name), row.text);
+    EXPECT_EQ(m.AttrInt(row.name, 99), row.number);
+  }
+  EXPECT_TRUE(m.HasAttr("empty"));
+  EXPECT_FALSE(m.HasAttr("absent"));
+  m.SetAttr("word", "y2");
+  m.RemoveAttr("padded");
+  EXPECT_EQ(m.Attr("word"), "y2");
+  EXPECT_FALSE(m.HasAttr("padded"));
+}
+
+TEST(XmlNode, XPathSelectsRelativeToItsContext) {
+  const Document doc = Parse(
+      "<score-partwise><part-list><score-part id=\"P1\"/><score-part id=\"P2\"/></part-list>"
+      "<part id=\"P1\"><measure number=\"1\"/><measure number=\"2\"/></part>"
+      "<part id=\"P2\"><measure number=\"7\"/></part></score-partwise>");
+  const Node root = Root(doc);
+  const XPath measures("measure");
+  const Node second = root.Child("part").NextElement("part");
+  const std::vector<Node> selected = measures.Select(second);
+  ASSERT_EQ(selected.size(), 1u);
+  EXPECT_EQ(selected[0].Attr("number"), "7");
+  EXPECT_EQ(measures.Select(root).size(), 0u);
+  EXPECT_EQ(XPath("part-list/score-part").Select(root).size(), 2u);
+  EXPECT_EQ(XPath("part/measure").SelectFirst(root).Attr("number"), "1");
+  EXPECT_FALSE(XPath("part/note").SelectFirst(root));
+  EXPECT_EQ(XPath("..").SelectFirst(second.Child("measure")), second);
+  // A number is not a node set: nothing is selected.
+  EXPECT_TRUE(XPath("count(part)").Select(root).empty());
+  EXPECT_THROW(XPath("part[@id="), RunTimeError);
+}
+
+TEST(XmlNode, ParseFailureNamesDocumentLineAndColumn) {
+  ParseFailure failure;
+  EXPECT_FALSE(TryParseMemory("<score>\n  <part></score>", "broken.xml", failure));
+  EXPECT_EQ(failure.url, "broken.xml");
+  EXPECT_EQ(failure.line, 2);
+  EXPECT_GT(failure.column, 0);
+  EXPECT_FALSE(failure.reason.empty());
+  EXPECT_NE(failure.reason.back(), '\n');
+  try {
+    ParseMemory("<score>\n  <part></score>", "broken.xml", 6004);
+    FAIL() << "a malformed document must raise";
+  } catch (const ConverterError& error) {
+    EXPECT_EQ(error.Number(), kErrorBase + 6004);
+    EXPECT_EQ(error.Source(), "Verdantix");
+    EXPECT_EQ(error.Description().rfind("XML parsing error in broken.xml at line 2, column " +
+                                            std::to_string(failure.column) + ": ",
+                                        0),
+              0u)
+        << error.Description();
+  }
+}
+
+TEST(XmlNode, ParsingNeverReadsExternalEntities) {
+  const test::TempDir folder;
+  const std::string secret = folder.Write("secret.txt", "password");
+  const std::string text =
+      "<!DOCTYPE s [<!ENTITY secret SYSTEM \"file://" + secret + "\">]><s>&secret;</s>";
+  ParseFailure failure;
+  const Document doc = TryParseMemory(text, "xxe.xml", failure);
+  ASSERT_TRUE(doc) << failure.reason;
+  EXPECT_EQ(ToIndentedString(doc).find("password"), std::string::npos);
+}
+
+TEST(XmlNode, CommentEndingInHyphenStaysWellFormed) {
+  for (const char* text : {"da capo-", "-", "fine"}) {
+    SCOPED_TRACE(text);
+    const Document doc = Parse("<measure/>");
+    const Node comment = Root(doc).AppendComment(text);
+    Root(doc).AppendComment("").SetContent(text);
+    const std::string serialised = ToIndentedString(doc);
+    ParseFailure failure;
+    const Document again = TryParseMemory(serialised, "again.xml", failure);
+    ASSERT_TRUE(again) << serialised << failure.reason;
+    EXPECT_EQ(Root(again).FirstChild().Content().substr(0, std::string_view(text).size()), text);
+    EXPECT_EQ(comment.Type(), NodeType::Comment);
+  }
+}
+
+}  // namespace
+}  // namespace musedata::xml
