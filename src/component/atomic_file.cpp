@@ -14,14 +14,9 @@ namespace musedata {
 namespace {
 
 [[noreturn]] void RaiseWriteError(const std::string& path, int error) {
-<<<<<<< HEAD
   std::string description = "Path/File access error: cannot write ";
   description.append(path).append(": ").append(std::strerror(error));
   throw ConverterError(75, "musedata", std::move(description));
-=======
-  throw ConverterError(
-      75, "musedata", "Path/File access error: cannot write " + path + ": " + std::strerror(error));
->>>>>>> component
 }
 
 }  // namespace
