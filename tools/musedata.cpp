@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "musedata/musedata.h"
+#include "batch.h"
 #include "progress_bar.h"
 
 namespace fs = std::filesystem;
@@ -22,33 +23,6 @@ constexpr int kExitDone = 0;
 constexpr int kExitIncomplete = 1;
 constexpr int kExitError = 2;
 constexpr int kExitUsage = 64;
-
-// Compares names so that "part2" sorts before "part10".
-bool NaturalLess(const std::string& a, const std::string& b) {
-  size_t i = 0;
-  size_t j = 0;
-  while (i < a.size() && j < b.size()) {
-    if (std::isdigit(static_cast<unsigned char>(a[i])) && std::isdigit(static_cast<unsigned char>(b[j]))) {
-      size_t iEnd = i;
-      size_t jEnd = j;
-      while (iEnd < a.size() && std::isdigit(static_cast<unsigned char>(a[iEnd]))) ++iEnd;
-      while (jEnd < b.size() && std::isdigit(static_cast<unsigned char>(b[jEnd]))) ++jEnd;
-      std::string_view x(a.data() + i, iEnd - i);
-      std::string_view y(b.data() + j, jEnd - j);
-      while (x.size() > 1 && x.front() == '0') x.remove_prefix(1);
-      while (y.size() > 1 && y.front() == '0') y.remove_prefix(1);
-      if (x.size() != y.size()) return x.size() < y.size();
-      if (x != y) return x < y;
-      i = iEnd;
-      j = jEnd;
-    } else {
-      if (a[i] != b[j]) return a[i] < b[j];
-      ++i;
-      ++j;
-    }
-  }
-  return a.size() - i < b.size() - j;
-}
 
 // A folder stands for its regular, non-hidden files in natural name order.
 std::vector<std::string> ExpandInputs(const std::vector<std::string>& inputs) {
@@ -65,7 +39,7 @@ std::vector<std::string> ExpandInputs(const std::vector<std::string>& inputs) {
       if (name.empty() || name.front() == '.' || !entry.is_regular_file(status)) continue;
       names.push_back(name);
     }
-    std::sort(names.begin(), names.end(), NaturalLess);
+    std::sort(names.begin(), names.end(), musedata::tool::NaturalLess);
     for (const std::string& name : names) files.push_back((fs::path(input) / name).string());
   }
   return files;
@@ -77,7 +51,9 @@ void PrintError(const musedata::ConverterError& error) {
 }
 
 struct ImportCommand {
-  std::string group;
+  // The score's parts, not the sound or midi parts of a set, unless asked.
+  std::string group = "score";
+  std::string batchFolder;
   std::string systemId;
   std::string encoding = "auto";
   std::string output = "-";
@@ -95,10 +71,23 @@ int RunImport(const ImportCommand& command) {
   musedata::ImportOptions options;
   options.groupType = command.group;
   options.systemIdentifier = command.systemId;
-  if (command.encoding == "utf-8" || command.encoding == "utf8") options.encoding = musedata::TextEncoding::Utf8;
-  else if (command.encoding == "cp437") options.encoding = musedata::TextEncoding::Cp437;
-  else if (command.encoding == "cp1252") options.encoding = musedata::TextEncoding::Cp1252;
-  else if (command.encoding == "latin1") options.encoding = musedata::TextEncoding::Latin1;
+  options.encoding = musedata::ParseTextEncoding(command.encoding).value_or(musedata::TextEncoding::Auto);
+  if (!command.batchFolder.empty()) {
+    if (!command.inputs.empty() || toStdout) {
+      std::fprintf(stderr, "musedata: --batch takes an input folder and -o OUTPUT_FOLDER, and no other inputs\n");
+      return kExitUsage;
+    }
+    musedata::tool::BatchOptions batch;
+    batch.inputFolder = command.batchFolder;
+    batch.outputFolder = command.output;
+    batch.import = options;
+    batch.progress = command.progress;
+    return musedata::tool::RunBatch(batch);
+  }
+  if (command.inputs.empty()) {
+    std::fprintf(stderr, "musedata: import needs at least one INPUT (or --batch FOLDER)\n");
+    return kExitUsage;
+  }
 
   const std::vector<std::string> files = ExpandInputs(command.inputs);
   // Folders without a single part file leave nothing to convert; an empty
@@ -148,14 +137,16 @@ int main(int argc, char** argv) {
   CLI::App* importCommand =
       app.add_subcommand("import", "Load MuseData files, in order, as the parts of one MusicXML score");
   importCommand->add_option("-g,--group", import.group,
-                            "Load only files that belong to this group (score, parts, sound, ...)");
+                            "Load only parts that belong to this group (default score; '' loads every part)");
+  importCommand->add_option("--batch", import.batchFolder,
+                            "Convert every MuseData movement below this folder into -o OUTPUT_FOLDER");
   importCommand->add_option("--system-id", import.systemId, "System identifier handed to the converter");
   importCommand->add_option("--encoding", import.encoding, "Input encoding: auto, utf-8, cp437, cp1252, latin1")
       ->check(CLI::IsMember({"auto", "utf-8", "utf8", "cp437", "cp1252", "latin1"}));
   importCommand->add_option("-o,--output", import.output,
                             "Output file (.musicxml or .xml); - or none writes to standard output");
   importCommand->add_flag("--progress,!--no-progress", import.progress, "Show a progress bar on standard error");
-  importCommand->add_option("INPUT", import.inputs, "MuseData files, or folders of them")->required();
+  importCommand->add_option("INPUT", import.inputs, "MuseData files or set files, or folders of them");
 
   try {
     app.parse(argc, argv);

@@ -84,6 +84,14 @@ class MuseData : public MusicXMLConverter {
 
   // ---- Beyond the converter interface, for C++ hosts ----
   // How the bytes of MuseData files are decoded.
+  // Loads MuseData text held in memory (one part of a set file, say) as the
+  // next part, like Load; `name` is what messages and the location text call
+  // it, and `firstLineInFile` where its first line stands in the file it came
+  // from, so that line numbers in messages are the file's own.
+  bool LoadPart(const std::string& name, std::string_view bytes, int32_t firstLineInFile = 1);
+  // Whether the last load skipped its part because it is not in the group.
+  bool LastLoadSkipped() const noexcept;
+
   TextEncoding Encoding() const noexcept { return m_encoding; }
   void SetEncoding(TextEncoding value) noexcept { m_encoding = value; }
   // The name of the file being loaded, or of the last one; "" before any load.

@@ -90,6 +90,20 @@ bool MuseData::Load(const std::string& FileName) {
   });
 }
 
+bool MuseData::LoadPart(const std::string& name, std::string_view bytes, int32_t firstLineInFile) {
+  return TrapConversion(kComponentLoad, &moMusicXML->m_caught, m_cancelError, [&] {
+    moMusicXML->SetGroupType(m_groupType);
+    moMusicXML->SetSystemIdentifier(m_systemIdentifier);
+    auto source = std::make_unique<LineSource>(name, bytes, m_encoding);
+    source->SetFirstLineInFile(firstLineInFile);
+    const bool result = moMusicXML->Load(std::move(source));
+    m_xml = moMusicXML->XML();
+    return result;
+  });
+}
+
+bool MuseData::LastLoadSkipped() const noexcept { return moMusicXML->LastLoadSkipped(); }
+
 bool MuseData::Save(const std::string& FileName) {
   return TrapConversion(kComponentSave, &moMusicXML->m_caught, m_cancelError, [&] {
     moMusicXML->SetXML(m_xml);

@@ -45,6 +45,8 @@ class MusicXML {
   int32_t LineNumber() const noexcept;
   // The line where the current record starts, for messages; 0 when no file is open.
   int32_t RecordLineNumber() const noexcept;
+  // Whether the last load skipped its file because it is not in the group.
+  bool LastLoadSkipped() const noexcept { return m_group.notInGroup; }
   // The name of the input being loaded ("op4.md", or a part of a set file).
   const std::string& FileName() const noexcept { return m_fileName; }
   const std::string& SystemIdentifier() const noexcept { return m_systemIdentifier; }

@@ -1,6 +1,11 @@
 #include "musedata/score.h"
 
+#include <filesystem>
+#include <fstream>
+#include <optional>
+
 #include "component/atomic_file.h"
+#include "component/set_file.h"
 #include "musedata/converter_error.h"
 #include "musedata/muse_data.h"
 #include "musedata/registry.h"
@@ -30,6 +35,74 @@ std::string StoppedAt(const MuseData& component, bool cancelled) {
 
 }  // namespace
 
+namespace {
+
+// The whole of a regular file, or nothing when it cannot be read as one.
+std::optional<std::string> ReadWholeFile(const std::string& path) {
+  std::error_code status;
+  if (!std::filesystem::is_regular_file(path, status)) return std::nullopt;
+  std::ifstream stream(path, std::ios::binary);
+  if (!stream) return std::nullopt;
+  std::string bytes((std::istreambuf_iterator<char>(stream)), std::istreambuf_iterator<char>());
+  if (stream.bad()) return std::nullopt;
+  return bytes;
+}
+
+int32_t PartCount(const Document& document) {
+  return xml::Root(document).CountChildren("part");
+}
+
+// Loads the inputs one part at a time and says what happened to each.
+class ScoreImport {
+ public:
+  ScoreImport(MuseData& component, const ImportOptions& options)
+      : m_component(component), m_options(options) {}
+
+  // Loads every part of the file at `path`; false when a part stopped early.
+  bool LoadFile(const std::string& path) {
+    const std::optional<std::string> bytes = ReadWholeFile(path);
+    // A file that cannot be read is reported by the component itself, with
+    // the converter's own error for a missing file.
+    if (!bytes) return Loaded(path, m_component.Load(path));
+    const std::string name = std::filesystem::path(path).filename().string();
+    if (!IsSetFile(*bytes)) return Loaded(name, m_component.LoadPart(name, *bytes));
+    // The parts of a set share one reading of its bytes.
+    m_component.SetEncoding(ResolveEncoding(*bytes, m_options.encoding));
+    int32_t index = 0;
+    bool complete = true;
+    for (const SetFilePart& part : SetFileParts(*bytes)) {
+      const std::string partName = name + " part " + std::to_string(++index);
+      complete = Loaded(partName, m_component.LoadPart(partName, part.bytes, part.firstLine));
+      if (!complete) break;
+    }
+    m_component.SetEncoding(m_options.encoding);
+    if (index == 0) Warn(name + ": a set file without any part");
+    return complete;
+  }
+
+ private:
+  bool Loaded(const std::string& name, bool complete) {
+    const int32_t parts = PartCount(m_component.XML());
+    if (complete && m_component.LastLoadSkipped()) {
+      Warn(name + ": not in group \"" + m_component.GroupType() + "\"; skipped");
+    } else if (complete && parts == m_parts) {
+      Warn(name + ": no musical data; no part made");
+    }
+    m_parts = parts;
+    return complete;
+  }
+
+  void Warn(const std::string& text) const {
+    if (m_component.Warning) m_component.Warning(text);
+  }
+
+  MuseData& m_component;
+  const ImportOptions& m_options;
+  int32_t m_parts = 0;
+};
+
+}  // namespace
+
 ImportResult ImportScore(const std::vector<std::string>& paths, const ImportOptions& options) {
   const std::unique_ptr<MuseData> component = CreateMuseData();
   component->SetGroupType(options.groupType);
@@ -44,14 +117,20 @@ ImportResult ImportScore(const std::vector<std::string>& paths, const ImportOpti
   if (!component->Warning) component->Warning = [](const std::string&) {};
 
   ImportResult result;
+  ScoreImport import(*component, options);
   for (const std::string& path : paths) {
-    if (!component->Load(path)) {
+    if (!import.LoadFile(path)) {
       result.document = component->XML();
       result.stoppedAt = StoppedAt(*component, cancelled);
       return result;
     }
   }
   result.document = component->XML();
+  if (PartCount(result.document) == 0) {
+    std::string description = "No part was loaded";
+    if (!options.groupType.empty()) description += " of group \"" + component->GroupType() + "\"";
+    throw ConverterError(5, "musedata", description);
+  }
   result.complete = true;
   return result;
 }

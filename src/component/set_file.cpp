@@ -47,27 +47,19 @@ bool IsSetFile(std::string_view bytes) noexcept {
   return false;
 }
 
-std::vector<std::unique_ptr<LineSource>> SplitSetFile(const std::string& fileName,
-                                                      std::string_view bytes,
-                                                      TextEncoding encoding) {
-  // One decision for the whole file, so that every part reads its bytes alike.
-  if (encoding == TextEncoding::Auto)
-    encoding = IsValidUtf8(bytes) ? TextEncoding::Utf8 : TextEncoding::Cp437;
-
-  std::vector<std::unique_ptr<LineSource>> parts;
+std::vector<SetFilePart> SetFileParts(std::string_view bytes) {
+  std::vector<SetFilePart> parts;
   ByteLines lines(bytes);
   int32_t lineNumber = 0;
   size_t partStart = 0;
+  size_t partEnd = 0;
   int32_t partFirstLine = 1;
   bool atSetStart = true;
   bool partHasText = false;
-  size_t partEnd = 0;
-  const auto addPart = [&](size_t end) {
-    if (!partHasText) return;
-    auto part = std::make_unique<LineSource>(fileName + " part " + std::to_string(parts.size() + 1),
-                                             bytes.substr(partStart, end - partStart), encoding);
-    part->SetFirstLineInFile(partFirstLine);
-    parts.push_back(std::move(part));
+  const auto startPartAfter = [&](int32_t line) {
+    partStart = lines.Position();
+    partFirstLine = line + 1;
+    partHasText = false;
   };
   while (!lines.AtEnd()) {
     const size_t lineStart = lines.Position();
@@ -75,17 +67,14 @@ std::vector<std::unique_ptr<LineSource>> SplitSetFile(const std::string& fileNam
     ++lineNumber;
     if (atSetStart && IsSetReference(line)) {
       // References to the set as a whole belong to no part.
-      partStart = lines.Position();
-      partFirstLine = lineNumber + 1;
+      startPartAfter(lineNumber);
       continue;
     }
     atSetStart = false;
     if (IsEndOfSet(line)) break;
-    const bool blank = WithoutTrailingBlanks(line).empty();
-    if (!partHasText && blank) {
+    if (!partHasText && WithoutTrailingBlanks(line).empty()) {
       // Blank lines between parts would shift the part's header records.
-      partStart = lines.Position();
-      partFirstLine = lineNumber + 1;
+      startPartAfter(lineNumber);
       continue;
     }
     if (!IsEndOfPart(line)) {
@@ -93,14 +82,27 @@ std::vector<std::unique_ptr<LineSource>> SplitSetFile(const std::string& fileNam
       partEnd = lines.Position();
       continue;
     }
-    addPart(lineStart);
-    partStart = lines.Position();
-    partFirstLine = lineNumber + 1;
-    partHasText = false;
+    if (partHasText) parts.push_back({bytes.substr(partStart, lineStart - partStart), partFirstLine});
+    startPartAfter(lineNumber);
   }
   // A last part that lacks its "/eof" is still a part: nothing is dropped.
-  if (partHasText) addPart(partEnd);
+  if (partHasText) parts.push_back({bytes.substr(partStart, partEnd - partStart), partFirstLine});
   return parts;
+}
+
+std::vector<std::unique_ptr<LineSource>> SplitSetFile(const std::string& fileName,
+                                                      std::string_view bytes,
+                                                      TextEncoding encoding) {
+  // One decision for the whole file, so that every part reads its bytes alike.
+  encoding = ResolveEncoding(bytes, encoding);
+  std::vector<std::unique_ptr<LineSource>> sources;
+  for (const SetFilePart& part : SetFileParts(bytes)) {
+    auto source = std::make_unique<LineSource>(
+        fileName + " part " + std::to_string(sources.size() + 1), part.bytes, encoding);
+    source->SetFirstLineInFile(part.firstLine);
+    sources.push_back(std::move(source));
+  }
+  return sources;
 }
 
 }  // namespace musedata

@@ -16,6 +16,16 @@ namespace musedata {
 // Whether `bytes` hold a set file: some line reads "/eof".
 bool IsSetFile(std::string_view bytes) noexcept;
 
+// One part of a set file: its bytes and where they start in the file.
+struct SetFilePart {
+  std::string_view bytes;
+  int32_t firstLine = 1;
+};
+
+// The parts of a set file, in order, without the set's reference lines, the
+// blank lines between parts and their "/eof" lines.
+std::vector<SetFilePart> SetFileParts(std::string_view bytes);
+
 // The parts of a set file, in order, each a source of its own named
 // "<fileName> part <n>" that reports line numbers of the whole file. The
 // encoding is decided once for the whole file. A set without any part gives

@@ -118,6 +118,11 @@ bool IsValidUtf8(std::string_view bytes) noexcept {
   return true;
 }
 
+TextEncoding ResolveEncoding(std::string_view bytes, TextEncoding encoding) noexcept {
+  if (encoding != TextEncoding::Auto) return encoding;
+  return IsValidUtf8(bytes) ? TextEncoding::Utf8 : TextEncoding::Cp437;
+}
+
 std::string DecodeToUtf8(std::string_view bytes, TextEncoding encoding) {
   if (bytes.size() >= 3 && bytes.substr(0, 3) == "\xEF\xBB\xBF" &&
       (encoding == TextEncoding::Auto || encoding == TextEncoding::Utf8))

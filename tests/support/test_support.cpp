@@ -1,5 +1,6 @@
 #include "support/test_support.h"
 
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cstdlib>
@@ -35,6 +36,20 @@ std::string ReadFile(const std::string& path) {
   std::ostringstream content;
   content << stream.rdbuf();
   return content.str();
+}
+
+ToolRun RunTool(const std::string& where, const std::string& arguments) {
+  const TempDir capture;
+  const std::string out = capture.Path() + "/stdout";
+  const std::string err = capture.Path() + "/stderr";
+  const std::string command = "cd '" + where + "' && '" MUSEDATA_TOOL "' " + arguments + " >'" +
+                              out + "' 2>'" + err + "' </dev/null";
+  const int raw = std::system(command.c_str());
+  ToolRun run;
+  run.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
+  run.out = ReadFile(out);
+  run.err = ReadFile(err);
+  return run;
 }
 
 std::string Header(const std::string& partName, const std::string& groups) {

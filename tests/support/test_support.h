@@ -30,6 +30,16 @@ std::string ReadFile(const std::string& path);
 std::string Header(const std::string& partName = "Violino I",
                    const std::string& groups = "Group memberships: score\nscore: part 1 of 1");
 
+// What a run of the musedata tool gave.
+struct ToolRun {
+  int status = -1;
+  std::string out;
+  std::string err;
+};
+
+// Runs the built musedata tool with `arguments` (shell words) in the folder `where`.
+ToolRun RunTool(const std::string& where, const std::string& arguments);
+
 // What a load of MuseData text gave: the engine's result and its document.
 struct Imported {
   bool result = false;

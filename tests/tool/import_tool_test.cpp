@@ -12,27 +12,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-struct ToolRun {
-  int status = -1;
-  std::string out;
-  std::string err;
-};
-
-// Runs the musedata tool with `arguments` in the folder `where`.
-ToolRun RunTool(const std::string& where, const std::string& arguments) {
-  const TempDir capture;
-  const std::string out = capture.Path() + "/stdout";
-  const std::string err = capture.Path() + "/stderr";
-  const std::string command = "cd '" + where + "' && '" MUSEDATA_TOOL "' " + arguments + " >'" +
-                              out + "' 2>'" + err + "' </dev/null";
-  const int raw = std::system(command.c_str());
-  ToolRun run;
-  run.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
-  run.out = ReadFile(out);
-  run.err = ReadFile(err);
-  return run;
-}
-
 // The order in which the marker comments "@ <name>" appear in the output, "" if one is missing.
 std::string MarkerOrder(const std::string& xml, const std::vector<std::string>& names) {
   std::string order;

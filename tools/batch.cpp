@@ -1,0 +1,233 @@
+#include "batch.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cctype>
+#include <chrono>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+#include "musedata/converter_error.h"
+#include "progress_bar.h"
+
+namespace fs = std::filesystem;
+
+namespace musedata::tool {
+namespace {
+
+// One MusicXML file to make: the MuseData files of one movement.
+struct Movement {
+  std::string label;  // the movement's path below the input folder, for messages
+  std::vector<std::string> files;
+  fs::path output;
+  uintmax_t bytes = 0;
+};
+
+bool IsDigit(char c) { return std::isdigit(static_cast<unsigned char>(c)) != 0; }
+
+std::string Lower(std::string text) {
+  std::transform(text.begin(), text.end(), text.begin(),
+                 [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+  return text;
+}
+
+// MuseData files carry one of these endings, or none at all.
+bool HasMuseDataEnding(const fs::path& path) {
+  const std::string ending = Lower(path.extension().string());
+  return ending.empty() || ending == ".md" || ending == ".msd" || ending == ".mds" ||
+         ending == ".md2";
+}
+
+bool HasLineStarting(const std::string& bytes, std::string_view start) {
+  for (size_t at = 0; at < bytes.size();) {
+    if (bytes.compare(at, start.size(), start) == 0) return true;
+    const size_t end = bytes.find_first_of("\r\n", at);
+    if (end == std::string::npos) break;
+    at = end + 1;
+  }
+  return false;
+}
+
+enum class FileKind { NotMuseData, Part, Set };
+
+// Decides by content: a set has "/eof" lines; a part has an end record or a
+// group-membership record. A file with a MuseData ending that shows neither
+// is still tried as a part, so that it is reported rather than passed over.
+FileKind Classify(const fs::path& path) {
+  std::ifstream stream(path, std::ios::binary);
+  const std::string bytes((std::istreambuf_iterator<char>(stream)), std::istreambuf_iterator<char>());
+  if (HasLineStarting(bytes, "/eof")) return FileKind::Set;
+  if (HasLineStarting(bytes, "/END") || HasLineStarting(bytes, "Group memberships"))
+    return FileKind::Part;
+  return path.extension().empty() ? FileKind::NotMuseData : FileKind::Part;
+}
+
+bool IsHidden(const fs::path& path) {
+  const std::string name = path.filename().string();
+  return !name.empty() && name.front() == '.';
+}
+
+std::vector<Movement> FindMovements(const fs::path& input, const fs::path& output,
+                                    size_t& skipped) {
+  std::map<fs::path, Movement> folders;  // part files by their folder
+  std::vector<Movement> movements;
+  std::error_code status;
+  for (auto entry = fs::recursive_directory_iterator(input, status);
+       entry != fs::recursive_directory_iterator(); entry.increment(status)) {
+    if (status) break;
+    const fs::path& path = entry->path();
+    if (IsHidden(path)) {
+      if (entry->is_directory(status)) entry.disable_recursion_pending();
+      continue;
+    }
+    if (!entry->is_regular_file(status) || !HasMuseDataEnding(path)) continue;
+    const FileKind kind = Classify(path);
+    const fs::path relative = fs::relative(path, input, status);
+    if (kind == FileKind::NotMuseData) {
+      ++skipped;
+      continue;
+    }
+    if (kind == FileKind::Set) {
+      Movement movement{relative.string(), {path.string()},
+                        output / fs::path(relative).replace_extension(".musicxml"),
+                        entry->file_size(status)};
+      movements.push_back(std::move(movement));
+      continue;
+    }
+    fs::path folder = relative.parent_path();
+    Movement& movement = folders[folder];
+    if (movement.files.empty()) {
+      const fs::path name = folder.empty() ? fs::absolute(input).lexically_normal().filename() : folder;
+      movement.label = (folder.empty() ? name : folder).string() + "/";
+      movement.output = output / fs::path(name.string() + ".musicxml");
+    }
+    movement.files.push_back(path.string());
+    movement.bytes += entry->file_size(status);
+  }
+  for (auto& [folder, movement] : folders) {
+    std::sort(movement.files.begin(), movement.files.end(), NaturalLess);
+    movements.push_back(std::move(movement));
+  }
+  std::sort(movements.begin(), movements.end(),
+            [](const Movement& a, const Movement& b) { return NaturalLess(a.label, b.label); });
+  return movements;
+}
+
+std::string ErrorLine(const ConverterError& error) {
+  char number[16];
+  std::snprintf(number, sizeof number, "0x%08X", static_cast<uint32_t>(error.Number()));
+  return std::string("error ") + number + " (" + error.Source() + "): " + error.Description();
+}
+
+}  // namespace
+
+bool NaturalLess(const std::string& a, const std::string& b) {
+  size_t i = 0;
+  size_t j = 0;
+  while (i < a.size() && j < b.size()) {
+    if (IsDigit(a[i]) && IsDigit(b[j])) {
+      size_t iEnd = i;
+      size_t jEnd = j;
+      while (iEnd < a.size() && IsDigit(a[iEnd])) ++iEnd;
+      while (jEnd < b.size() && IsDigit(b[jEnd])) ++jEnd;
+      std::string_view x(a.data() + i, iEnd - i);
+      std::string_view y(b.data() + j, jEnd - j);
+      while (x.size() > 1 && x.front() == '0') x.remove_prefix(1);
+      while (y.size() > 1 && y.front() == '0') y.remove_prefix(1);
+      if (x.size() != y.size()) return x.size() < y.size();
+      if (x != y) return x < y;
+      i = iEnd;
+      j = jEnd;
+    } else {
+      if (a[i] != b[j]) return a[i] < b[j];
+      ++i;
+      ++j;
+    }
+  }
+  return a.size() - i < b.size() - j;
+}
+
+int RunBatch(const BatchOptions& options) {
+  const auto started = std::chrono::steady_clock::now();
+  size_t skipped = 0;
+  const std::vector<Movement> movements =
+      FindMovements(options.inputFolder, options.outputFolder, skipped);
+
+  uintmax_t totalBytes = 0;
+  for (const Movement& movement : movements) totalBytes += movement.bytes;
+  std::mutex lock;  // guards the bar, the counters below and standard error
+  ProgressBar bar(options.progress);
+  uintmax_t doneBytes = 0;
+  size_t converted = 0;
+  size_t files = 0;
+  std::vector<std::pair<std::string, std::string>> failures;  // movement, error line
+
+  std::atomic<size_t> next{0};
+  const auto work = [&] {
+    for (size_t index = next++; index < movements.size(); index = next++) {
+      const Movement& movement = movements[index];
+      ImportOptions import = options.import;
+      import.warning = [&](const std::string& text) {
+        const std::lock_guard<std::mutex> guard(lock);
+        bar.Finish();
+        std::fprintf(stderr, "musedata: warning: %s: %s\n", movement.label.c_str(), text.c_str());
+      };
+      std::string failure;
+      try {
+        const ImportResult result = ImportScore(movement.files, import);
+        if (result.complete) {
+          std::error_code ignored;
+          fs::create_directories(movement.output.parent_path(), ignored);
+          WriteMusicXmlFile(result.document, movement.output.string());
+        } else {
+          failure = "conversion stopped: " + result.stoppedAt + "; nothing written";
+        }
+      } catch (const ConverterError& error) {
+        failure = ErrorLine(error);
+      }
+      const std::lock_guard<std::mutex> guard(lock);
+      if (failure.empty()) {
+        ++converted;
+        files += movement.files.size();
+      } else {
+        failures.emplace_back(movement.label, failure);
+      }
+      doneBytes += movement.bytes;
+      bar.Update(std::to_string(converted + failures.size()) + " of " +
+                     std::to_string(movements.size()) + " movements",
+                 static_cast<int64_t>(doneBytes), static_cast<int64_t>(totalBytes));
+    }
+  };
+  unsigned jobs = options.jobs ? options.jobs : std::max(1u, std::thread::hardware_concurrency());
+  jobs = static_cast<unsigned>(std::min<size_t>(jobs, std::max<size_t>(movements.size(), 1)));
+  std::vector<std::thread> workers;
+  for (unsigned i = 1; i < jobs; ++i) workers.emplace_back(work);
+  work();
+  for (std::thread& worker : workers) worker.join();
+  bar.Finish();
+
+  const double seconds =
+      std::chrono::duration<double>(std::chrono::steady_clock::now() - started).count();
+  std::sort(failures.begin(), failures.end());
+  std::fprintf(stderr, "musedata: converted %zu of %zu movements (%zu files) in %.2f s", converted,
+               movements.size(), files, seconds);
+  if (skipped) std::fprintf(stderr, "; passed over %zu files that are not MuseData", skipped);
+  std::fprintf(stderr, "\n");
+  if (!failures.empty()) {
+    std::fprintf(stderr, "musedata: %zu failed:\n", failures.size());
+    for (const auto& [label, line] : failures)
+      std::fprintf(stderr, "musedata: %s: %s\n", label.c_str(), line.c_str());
+  }
+  if (movements.empty()) {
+    std::fprintf(stderr, "musedata: no MuseData files below %s\n", options.inputFolder.c_str());
+    return 2;
+  }
+  return failures.empty() ? 0 : 2;
+}
+
+}  // namespace musedata::tool
