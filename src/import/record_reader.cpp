@@ -164,8 +164,11 @@ bool MusicXML::ParseComment() {
       AddText(parent.AppendComment(""), m_reader.commentAccumulator);
       m_reader.inCommentBlock = false;
     }
-    // Each comment line inside the header lengthens the header zone by one line.
-    if (m_source->Line() < m_reader.headerCommentCount + kHeaderZoneLimit)
+    // Each comment line inside the header lengthens the header zone by one
+    // line. The test is the reader's own header test: a comment line read as
+    // the last line of the zone is inside it too, and counting it keeps the
+    // header records after the block in the header.
+    if (m_source->Line() <= m_reader.headerCommentCount + kHeaderZoneLimit)
       m_reader.headerCommentCount = CheckedAdd(m_reader.headerCommentCount, 1);
     return true;
   });

@@ -103,6 +103,11 @@ TEST(RecordReader, CommentsInTheHeaderLengthenItAndGoToTheRoot) {
        HeaderWith(1, {"& block", "proof-read -- twice", "by two editors", "&"}) +
            Lines({kAttributes, "/END"}),
        kAttributes, "\r\nproof-read - twice\r\nby two editors\r\n"},
+      // A block whose lines reach the last header line still lengthens the
+      // header by all of them.
+      {"comment block before the last header record",
+       HeaderWith(10, {"&", "inner", "&"}) + Lines({kAttributes, "/END"}), kAttributes,
+       "\r\ninner\r\n"},
       {"comment lines before the last header record",
        HeaderWith(10, {"@ one", "@ two"}) + Lines({kAttributes, "/END"}), kAttributes, " one| two"},
       // The line after the eleventh header record is data, whatever it holds.
