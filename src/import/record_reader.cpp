@@ -90,8 +90,11 @@ void MusicXML::AppendContinuationLines() {
   while (!m_reader.lookAhead.empty() && m_reader.lookAhead.front() == 'a') {
     m_reader.currentLine = m_reader.lookAhead;
     AdvanceLookAhead();
-    m_reader.currentRecord.append(m_reader.currentLine, 1);
-    m_reader.currentRecordLength = CharacterCount(m_reader.currentRecord);
+    // Counting only the new piece keeps a record of many continuation lines linear.
+    const std::string_view continuation = std::string_view(m_reader.currentLine).substr(1);
+    m_reader.currentRecord.append(continuation);
+    m_reader.currentRecordLength =
+        CheckedAdd(m_reader.currentRecordLength, CharacterCount(continuation));
   }
 }
 
