@@ -102,10 +102,16 @@ struct NoteState {
   std::string lastDuration;         // a blank duration repeats the last one given
   std::string notePitchKey;         // the pitch field, compared with a track's open tie
   int32_t currentTrack = 0;         // column 15; 0 when absent
-  // Beam repeater settings, set by print suggestions.
+  // Beam repeater settings, set by print suggestions: the beams of the
+  // following notes are drawn as repeaters (a tremolo-like repeated figure).
   bool beamRepeaterOn = false;
   bool repeaterFromFirstBeam = false;
   bool repeaterForOneNote = false;
+  // The repeaters end with the note that closes the current beam group.
+  bool repeaterUntilGroupCloses = false;
+  void StopBeamRepeaters() noexcept {
+    beamRepeaterOn = repeaterFromFirstBeam = repeaterUntilGroupCloses = false;
+  }
   NotationIndex notationIndex;
 };
 
@@ -135,10 +141,30 @@ struct DirectionState {
   xml::Node currentFiguredBass;
 };
 
+// The kinds of record whose elements a print or sound suggestion can change.
+enum class SuggestedRecord { None, Note, Direction, FiguredBass, Other };
+
+// What the last record that was not itself a suggestion made. A suggestion's
+// field columns count in that record, and its targets are the elements the
+// record's handler keeps: the note and its notation index, the direction,
+// the figured bass, the measure.
+struct SuggestionTargets {
+  SuggestedRecord previous = SuggestedRecord::None;
+  // The direction record itself: its type and text columns tell which of the
+  // direction's elements a column means.
+  std::string directionRecord;
+};
+
 // Warnings shown once per load.
 struct WarningFlags {
   bool unknownAttributeShown = false;
   bool durationTooWideShown = false;
+  // Suggestions whose target does not exist, one flag per kind of target.
+  bool missingDirectionShown = false;
+  bool missingNotationShown = false;
+  bool missingNoteShown = false;
+  bool missingGraceShown = false;
+  bool missingOrnamentShown = false;
 };
 
 }  // namespace musedata

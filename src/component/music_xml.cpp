@@ -86,6 +86,7 @@ void MusicXML::ReleaseHeldElements() {
   std::fill(m_score.scoreParts.begin(), m_score.scoreParts.end(), xml::Node());
   m_note = NoteState();
   m_direction = DirectionState();
+  m_suggestion = SuggestionTargets();
 }
 
 bool MusicXML::Save(const std::string& FileName, int32_t PartNumber) {
@@ -198,6 +199,7 @@ bool MusicXML::Reset() {
     m_note = NoteState();
     m_measure = MeasureState();
     m_direction = DirectionState();
+    m_suggestion = SuggestionTargets();
     m_warnings = WarningFlags();
     // The tables keep their sizes; only their slots are emptied.
     std::fill(m_tables.pendingTies.begin(), m_tables.pendingTies.end(), std::string());

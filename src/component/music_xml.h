@@ -22,6 +22,7 @@
 namespace musedata {
 
 class MuseData;
+struct SuggestionField;
 
 class MusicXML {
  public:
@@ -182,6 +183,16 @@ class MusicXML {
   // ---- Print and sound suggestions (import/suggestions.cpp) ----
   bool ParsePrintSuggestion();
   bool ParseSoundSuggestion();
+  // Remembers which kind of record is being dispatched, for the
+  // suggestions that follow it; comments leave the memory as it is.
+  void RememberSuggestionTarget(char recordKind);
+  // Steps of the two suggestion records: one field at a time.
+  void ApplyPrintField(const SuggestionField& field);
+  void ApplyDirectionField(const SuggestionField& field);
+  void ApplySoundField(const SuggestionField& field);
+  void ApplyGraceTiming(const SuggestionField& field);
+  // Shows "<message>: <location>" unless this kind was shown in this load.
+  void WarnMissingTarget(bool& shown, std::string_view message);
 
   // ---- MuseData text (encoding/text.cpp) ----
   // Appends MuseData text to an element (escapes decoded, XML specials as
@@ -205,6 +216,7 @@ class MusicXML {
   ImportTables m_tables;
   MeasureState m_measure;
   DirectionState m_direction;
+  SuggestionTargets m_suggestion;
   WarningFlags m_warnings;
   CaughtError m_caught;  // the last error any trap caught
 };

@@ -81,9 +81,12 @@ void AppendStaff(NoteState& state, const RecordView& record) {
 
 // One beam per level that has a code. Beam repeaters (tremolo-like repeated
 // figures), switched on by a print suggestion, mark the beams from level 2 on,
-// or from level 1 when asked; a suggestion for one note switches them off again.
+// or from level 1 when asked. A suggestion for one note switches them off
+// after this note; one for a beam group, after the note whose level-1 beam
+// closes the group.
 void AppendBeams(NoteState& state, const RecordView& record) {
   const int32_t levels = kNoteBeams.last - kNoteBeams.first + 1;
+  bool closesGroup = false;
   for (int32_t level = 1; level <= levels; ++level) {
     const std::string_view text = TextForCode(kBeamCodes, record.At(kNoteBeams.first + level - 1));
     if (text.empty()) continue;
@@ -92,11 +95,13 @@ void AppendBeams(NoteState& state, const RecordView& record) {
     if (state.beamRepeaterOn && (state.repeaterFromFirstBeam || level >= 2))
       beam.SetAttr("repeater", "yes");
     KeepAsPlaceholder(state, beam);
+    if (level == 1 && text == "end") closesGroup = true;
   }
   if (state.repeaterForOneNote) {
     state.beamRepeaterOn = false;
     state.repeaterFromFirstBeam = false;
   }
+  if (state.repeaterUntilGroupCloses && closesGroup) state.StopBeamRepeaters();
 }
 
 }  // namespace

@@ -122,6 +122,8 @@ void MusicXML::CreatePartAndFirstMeasure() {
 
 bool MusicXML::DispatchDataRecord() {
   if (m_reader.currentRecord.empty()) return false;  // an empty record ends the load
+  // Suggestion records that follow refer to what this record makes.
+  RememberSuggestionTarget(m_reader.currentRecord.front());
   switch (m_reader.currentRecord.front()) {
     case 'A':
     case 'B':

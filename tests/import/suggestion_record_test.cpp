@@ -1,0 +1,79 @@
+#include "import/suggestion_record.h"
+
+#include <gtest/gtest.h>
+
+#include <optional>
+#include <string>
+#include <utility>
+
+namespace musedata {
+namespace {
+
+// The fields as "column(selector):code number,code number | ...".
+std::string Describe(const SuggestionRecord& record) {
+  std::string text;
+  for (const SuggestionField& field : record.fields) {
+    if (!text.empty()) text += " | ";
+    text += std::to_string(field.column);
+    if (!field.selector.empty()) text += "(" + field.selector + ")";
+    text += ":";
+    for (size_t i = 0; i < field.codes.size(); ++i)
+      text += (i ? "," : "") + field.codes[i].code + field.codes[i].number;
+  }
+  return text;
+}
+
+TEST(SuggestionRecord, ReadsSelectorFieldsAndCodes) {
+  struct Row {
+    const char* record;
+    const char* selector;
+    bool applies;
+    const char* fields;
+  };
+  const Row rows[] = {
+      {"P C1:X12Y-5", "", true, "1:X12,Y-5"},
+      {"P C32:Y -1 0 o", "", true, "32:Y-10,o"},
+      {"P  C1:x5   C32:o C33:ab", "", true, "1:x5 | 32:o | 33:a,b"},
+      {"PC1:X5", "", true, "1:X5"},
+      {"P junk C1:X5", "", true, "1:X5"},
+      {"P C32a:o", "", true, "32(a):o"},
+      {"P C1:X5C2:a", "", true, "1:X5 | 2:a"},
+      {"P C1X10 C2:a", "", true, "2:a"},
+      {"P C99999999999:X5 C1:x2", "", true, "1:x2"},
+      {"P C1:X--1Yab", "", true, "1:X-,-1,Y,a,b"},
+      {"S C0:|>W120", "", true, "0:|>,W120"},
+      {"P C:X5 C1:", "", true, "1:"},
+      {"P", "", true, ""},
+      {"Pp C1:X5", "p", false, "1:X5"},
+      {"Pa C1:X5", "a", true, "1:X5"},
+      {"Pps C1:X5", "ps", true, "1:X5"},
+      {"Pkt C1:X5", "kt", false, "1:X5"},
+      {"Pv3 C1:X5", "v3", false, "1:X5"},
+      {"Px C1:X5", "x", false, "1:X5"},
+      {"P#<12 C1:X5", "#<12", true, "1:X5"},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.record);
+    const SuggestionRecord record = ReadSuggestionRecord(row.record);
+    EXPECT_EQ(record.selector, row.selector);
+    EXPECT_EQ(record.applies, row.applies);
+    EXPECT_EQ(Describe(record), row.fields);
+  }
+}
+
+TEST(SuggestionRecord, CodeValueNeedsDigitsThatFit) {
+  const std::pair<const char*, std::optional<int64_t>> rows[] = {
+      {"", std::nullopt},
+      {"-", std::nullopt},
+      {"007", 7},
+      {"-12", -12},
+      {"99999999999999999999", std::nullopt},
+  };
+  for (const auto& [number, value] : rows) {
+    SCOPED_TRACE(number);
+    EXPECT_EQ((SuggestionCode{"X", number}.Value()), value);
+  }
+}
+
+}  // namespace
+}  // namespace musedata
