@@ -28,7 +28,9 @@ struct Movement {
   uintmax_t bytes = 0;
 };
 
-bool IsDigit(char c) { return std::isdigit(static_cast<unsigned char>(c)) != 0; }
+bool IsDigit(char c) {
+  return std::isdigit(static_cast<unsigned char>(c)) != 0;
+}
 
 std::string Lower(std::string text) {
   std::transform(text.begin(), text.end(), text.begin(),
@@ -60,7 +62,8 @@ enum class FileKind { NotMuseData, Part, Set };
 // is still tried as a part, so that it is reported rather than passed over.
 FileKind Classify(const fs::path& path) {
   std::ifstream stream(path, std::ios::binary);
-  const std::string bytes((std::istreambuf_iterator<char>(stream)), std::istreambuf_iterator<char>());
+  const std::string bytes((std::istreambuf_iterator<char>(stream)),
+                          std::istreambuf_iterator<char>());
   if (HasLineStarting(bytes, "/eof")) return FileKind::Set;
   if (HasLineStarting(bytes, "/END") || HasLineStarting(bytes, "Group memberships"))
     return FileKind::Part;
@@ -93,7 +96,8 @@ std::vector<Movement> FindMovements(const fs::path& input, const fs::path& outpu
       continue;
     }
     if (kind == FileKind::Set) {
-      Movement movement{relative.string(), {path.string()},
+      Movement movement{relative.string(),
+                        {path.string()},
                         output / fs::path(relative).replace_extension(".musicxml"),
                         entry->file_size(status)};
       movements.push_back(std::move(movement));
@@ -102,7 +106,8 @@ std::vector<Movement> FindMovements(const fs::path& input, const fs::path& outpu
     fs::path folder = relative.parent_path();
     Movement& movement = folders[folder];
     if (movement.files.empty()) {
-      const fs::path name = folder.empty() ? fs::absolute(input).lexically_normal().filename() : folder;
+      const fs::path name =
+          folder.empty() ? fs::absolute(input).lexically_normal().filename() : folder;
       movement.label = (folder.empty() ? name : folder).string() + "/";
       movement.output = output / fs::path(name.string() + ".musicxml");
     }
@@ -172,62 +177,61 @@ int RunBatch(const BatchOptions& options) {
     for (size_t index = next++; index < movements.size(); index = next++) {
       const Movement& movement = movements[index];
       ImportOptions import = options.import;
-      import.warning = [&](const std::string& text) {
-        const std::lock_guard<std::mutex> guard(lock);
-        bar.Finish();
-        std::fprintf(stderr, "musedata: warning: %s: %s\n", movement.label.c_str(), text.c_str());
-      };
-      std::string failure;
-      try {
-        const ImportResult result = ImportScore(movement.files, import);
-        if (result.complete) {
-          std::error_code ignored;
-          fs::create_directories(movement.output.parent_path(), ignored);
-          WriteMusicXmlFile(result.document, movement.output.string());
-        } else {
-          failure = "conversion stopped: " + result.stoppedAt + "; nothing written";
-        }
-      } catch (const ConverterError& error) {
-        failure = ErrorLine(error);
-      }
-      const std::lock_guard<std::mutex> guard(lock);
-      if (failure.empty()) {
-        ++converted;
-        files += movement.files.size();
+      import.warning = [&](const std::string& text) { const std::lock_guard<std::mutex> guard(lock);
+      bar.Finish();
+      std::fprintf(stderr, "musedata: warning: %s: %s\n", movement.label.c_str(), text.c_str());
+    };
+    std::string failure;
+    try {
+      const ImportResult result = ImportScore(movement.files, import);
+      if (result.complete) {
+        std::error_code ignored;
+        fs::create_directories(movement.output.parent_path(), ignored);
+        WriteMusicXmlFile(result.document, movement.output.string());
       } else {
-        failures.emplace_back(movement.label, failure);
+        failure = "conversion stopped: " + result.stoppedAt + "; nothing written";
       }
-      doneBytes += movement.bytes;
-      bar.Update(std::to_string(converted + failures.size()) + " of " +
-                     std::to_string(movements.size()) + " movements",
-                 static_cast<int64_t>(doneBytes), static_cast<int64_t>(totalBytes));
+    } catch (const ConverterError& error) {
+      failure = ErrorLine(error);
     }
-  };
-  unsigned jobs = options.jobs ? options.jobs : std::max(1u, std::thread::hardware_concurrency());
-  jobs = static_cast<unsigned>(std::min<size_t>(jobs, std::max<size_t>(movements.size(), 1)));
-  std::vector<std::thread> workers;
-  for (unsigned i = 1; i < jobs; ++i) workers.emplace_back(work);
-  work();
-  for (std::thread& worker : workers) worker.join();
-  bar.Finish();
+    const std::lock_guard<std::mutex> guard(lock);
+    if (failure.empty()) {
+      ++converted;
+      files += movement.files.size();
+    } else {
+      failures.emplace_back(movement.label, failure);
+    }
+    doneBytes += movement.bytes;
+    bar.Update(std::to_string(converted + failures.size()) + " of " +
+                   std::to_string(movements.size()) + " movements",
+               static_cast<int64_t>(doneBytes), static_cast<int64_t>(totalBytes));
+  }
+};
+unsigned jobs = options.jobs ? options.jobs : std::max(1u, std::thread::hardware_concurrency());
+jobs = static_cast<unsigned>(std::min<size_t>(jobs, std::max<size_t>(movements.size(), 1)));
+std::vector<std::thread> workers;
+for (unsigned i = 1; i < jobs; ++i) workers.emplace_back(work);
+work();
+for (std::thread& worker : workers) worker.join();
+bar.Finish();
 
-  const double seconds =
-      std::chrono::duration<double>(std::chrono::steady_clock::now() - started).count();
-  std::sort(failures.begin(), failures.end());
-  std::fprintf(stderr, "musedata: converted %zu of %zu movements (%zu files) in %.2f s", converted,
-               movements.size(), files, seconds);
-  if (skipped) std::fprintf(stderr, "; passed over %zu files that are not MuseData", skipped);
-  std::fprintf(stderr, "\n");
-  if (!failures.empty()) {
-    std::fprintf(stderr, "musedata: %zu failed:\n", failures.size());
-    for (const auto& [label, line] : failures)
-      std::fprintf(stderr, "musedata: %s: %s\n", label.c_str(), line.c_str());
-  }
-  if (movements.empty()) {
-    std::fprintf(stderr, "musedata: no MuseData files below %s\n", options.inputFolder.c_str());
-    return 2;
-  }
-  return failures.empty() ? 0 : 2;
+const double seconds =
+    std::chrono::duration<double>(std::chrono::steady_clock::now() - started).count();
+std::sort(failures.begin(), failures.end());
+std::fprintf(stderr, "musedata: converted %zu of %zu movements (%zu files) in %.2f s", converted,
+             movements.size(), files, seconds);
+if (skipped) std::fprintf(stderr, "; passed over %zu files that are not MuseData", skipped);
+std::fprintf(stderr, "\n");
+if (!failures.empty()) {
+  std::fprintf(stderr, "musedata: %zu failed:\n", failures.size());
+  for (const auto& [label, line] : failures)
+    std::fprintf(stderr, "musedata: %s: %s\n", label.c_str(), line.c_str());
+}
+if (movements.empty()) {
+  std::fprintf(stderr, "musedata: no MuseData files below %s\n", options.inputFolder.c_str());
+  return 2;
+}
+return failures.empty() ? 0 : 2;
 }
 
 }  // namespace musedata::tool

@@ -1,5 +1,7 @@
 // musedata: converts MuseData part files into MusicXML scores.
 
+#include "musedata/musedata.h"
+
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
@@ -11,7 +13,6 @@
 #include <string>
 #include <vector>
 
-#include "musedata/musedata.h"
 #include "batch.h"
 #include "progress_bar.h"
 
@@ -65,16 +66,21 @@ int RunImport(const ImportCommand& command) {
   const bool toStdout = command.output == "-";
   const std::string extension = fs::path(command.output).extension().string();
   if (!toStdout && extension == ".mxl") {
-    std::fprintf(stderr, "musedata: compressed MusicXML (.mxl) output is not available yet; use .musicxml or .xml\n");
+    std::fprintf(stderr,
+                 "musedata: compressed MusicXML (.mxl) output is not available yet; use .musicxml "
+                 "or .xml\n");
     return kExitUsage;
   }
   musedata::ImportOptions options;
   options.groupType = command.group;
   options.systemIdentifier = command.systemId;
-  options.encoding = musedata::ParseTextEncoding(command.encoding).value_or(musedata::TextEncoding::Auto);
+  options.encoding =
+      musedata::ParseTextEncoding(command.encoding).value_or(musedata::TextEncoding::Auto);
   if (!command.batchFolder.empty()) {
     if (!command.inputs.empty() || toStdout) {
-      std::fprintf(stderr, "musedata: --batch takes an input folder and -o OUTPUT_FOLDER, and no other inputs\n");
+      std::fprintf(
+          stderr,
+          "musedata: --batch takes an input folder and -o OUTPUT_FOLDER, and no other inputs\n");
       return kExitUsage;
     }
     musedata::tool::BatchOptions batch;
@@ -108,7 +114,8 @@ int RunImport(const ImportCommand& command) {
     const musedata::ImportResult result = musedata::ImportScore(files, options);
     bar.Finish();
     if (!result.complete) {
-      std::fprintf(stderr, "musedata: conversion stopped: %s; nothing written\n", result.stoppedAt.c_str());
+      std::fprintf(stderr, "musedata: conversion stopped: %s; nothing written\n",
+                   result.stoppedAt.c_str());
       return kExitIncomplete;
     }
     if (toStdout) {
@@ -134,19 +141,26 @@ int main(int argc, char** argv) {
   app.require_subcommand(1);
 
   ImportCommand import;
-  CLI::App* importCommand =
-      app.add_subcommand("import", "Load MuseData files, in order, as the parts of one MusicXML score");
-  importCommand->add_option("-g,--group", import.group,
-                            "Load only parts that belong to this group (default score; '' loads every part)");
-  importCommand->add_option("--batch", import.batchFolder,
-                            "Convert every MuseData movement below this folder into -o OUTPUT_FOLDER");
-  importCommand->add_option("--system-id", import.systemId, "System identifier handed to the converter");
-  importCommand->add_option("--encoding", import.encoding, "Input encoding: auto, utf-8, cp437, cp1252, latin1")
+  CLI::App* importCommand = app.add_subcommand(
+      "import", "Load MuseData files, in order, as the parts of one MusicXML score");
+  importCommand->add_option(
+      "-g,--group", import.group,
+      "Load only parts that belong to this group (default score; '' loads every part)");
+  importCommand->add_option(
+      "--batch", import.batchFolder,
+      "Convert every MuseData movement below this folder into -o OUTPUT_FOLDER");
+  importCommand->add_option("--system-id", import.systemId,
+                            "System identifier handed to the converter");
+  importCommand
+      ->add_option("--encoding", import.encoding,
+                   "Input encoding: auto, utf-8, cp437, cp1252, latin1")
       ->check(CLI::IsMember({"auto", "utf-8", "utf8", "cp437", "cp1252", "latin1"}));
   importCommand->add_option("-o,--output", import.output,
                             "Output file (.musicxml or .xml); - or none writes to standard output");
-  importCommand->add_flag("--progress,!--no-progress", import.progress, "Show a progress bar on standard error");
-  importCommand->add_option("INPUT", import.inputs, "MuseData files or set files, or folders of them");
+  importCommand->add_flag("--progress,!--no-progress", import.progress,
+                          "Show a progress bar on standard error");
+  importCommand->add_option("INPUT", import.inputs,
+                            "MuseData files or set files, or folders of them");
 
   try {
     app.parse(argc, argv);

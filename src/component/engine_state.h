@@ -21,14 +21,14 @@ namespace musedata {
 struct ReaderState {
   // The physical line last read; a copy, as hosts may read it after the source is closed.
   std::string currentLine;
-  std::string_view lookAhead;    // the physical line after it, read early to find continuations
+  std::string_view lookAhead;     // the physical line after it, read early to find continuations
   int32_t currentLineNumber = 0;  // where the current line stands in the file
-  std::string currentRecord;     // the current line with its continuation lines appended
+  std::string currentRecord;      // the current line with its continuation lines appended
   int32_t currentRecordLength = 0;
-  bool endOfData = false;        // the file is finished; Load stops
-  bool streamExhausted = false;  // the look-ahead found the end of the stream
-  bool inCommentBlock = false;   // between two "&" lines
-  bool afterFine = false;        // after an end record with "FINE": what follows is commentary
+  bool endOfData = false;          // the file is finished; Load stops
+  bool streamExhausted = false;    // the look-ahead found the end of the stream
+  bool inCommentBlock = false;     // between two "&" lines
+  bool afterFine = false;          // after an end record with "FINE": what follows is commentary
   int32_t headerCommentCount = 0;  // lines by which the header zone is lengthened
   int32_t groupLineCount = 0;      // group records named by the group-membership record
   std::string commentAccumulator;  // the text of the comment block being collected

@@ -102,7 +102,9 @@ bool MuseData::LoadPart(const std::string& name, std::string_view bytes, int32_t
   });
 }
 
-bool MuseData::LastLoadSkipped() const noexcept { return moMusicXML->LastLoadSkipped(); }
+bool MuseData::LastLoadSkipped() const noexcept {
+  return moMusicXML->LastLoadSkipped();
+}
 
 bool MuseData::Save(const std::string& FileName) {
   return TrapConversion(kComponentSave, &moMusicXML->m_caught, m_cancelError, [&] {

@@ -34,9 +34,15 @@ std::string_view WithoutTrailingBlanks(std::string_view line) {
   return line;
 }
 
-bool IsEndOfPart(std::string_view line) { return WithoutTrailingBlanks(line) == "/eof"; }
-bool IsEndOfSet(std::string_view line) { return WithoutTrailingBlanks(line) == "//"; }
-bool IsSetReference(std::string_view line) { return line.substr(0, 3) == "@@@"; }
+bool IsEndOfPart(std::string_view line) {
+  return WithoutTrailingBlanks(line) == "/eof";
+}
+bool IsEndOfSet(std::string_view line) {
+  return WithoutTrailingBlanks(line) == "//";
+}
+bool IsSetReference(std::string_view line) {
+  return line.substr(0, 3) == "@@@";
+}
 
 }  // namespace
 
@@ -82,7 +88,8 @@ std::vector<SetFilePart> SetFileParts(std::string_view bytes) {
       partEnd = lines.Position();
       continue;
     }
-    if (partHasText) parts.push_back({bytes.substr(partStart, lineStart - partStart), partFirstLine});
+    if (partHasText)
+      parts.push_back({bytes.substr(partStart, lineStart - partStart), partFirstLine});
     startPartAfter(lineNumber);
   }
   // A last part that lacks its "/eof" is still a part: nothing is dropped.

@@ -53,7 +53,9 @@ class RunTimeError : public std::exception {
   static RunTimeError TypeMismatch() { return {13, "Type mismatch"}; }
   static RunTimeError FileNotFound() { return {53, "File not found"}; }
   static RunTimeError PathFileAccess() { return {75, "Path/File access error"}; }
-  static RunTimeError ObjectNotSet() { return {91, "Object variable or With block variable not set"}; }
+  static RunTimeError ObjectNotSet() {
+    return {91, "Object variable or With block variable not set"};
+  }
 
  private:
   int32_t m_number;

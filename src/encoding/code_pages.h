@@ -8,7 +8,6 @@
 
 namespace musedata {
 
-
 // Whether `bytes` is entirely valid UTF-8 (no overlong forms, no surrogates).
 bool IsValidUtf8(std::string_view bytes) noexcept;
 // The encoding that `Auto` stands for with these bytes: UTF-8 when they are

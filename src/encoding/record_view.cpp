@@ -5,7 +5,9 @@
 namespace musedata {
 namespace {
 
-bool IsContinuationByte(unsigned char byte) { return (byte & 0xC0) == 0x80; }
+bool IsContinuationByte(unsigned char byte) {
+  return (byte & 0xC0) == 0x80;
+}
 
 }  // namespace
 
@@ -19,7 +21,9 @@ std::string_view TrimRight(std::string_view text) noexcept {
   return last == std::string_view::npos ? std::string_view() : text.substr(0, last + 1);
 }
 
-std::string_view Trim(std::string_view text) noexcept { return TrimRight(TrimLeft(text)); }
+std::string_view Trim(std::string_view text) noexcept {
+  return TrimRight(TrimLeft(text));
+}
 
 int32_t CharacterCount(std::string_view text) noexcept {
   int32_t count = 0;
@@ -44,7 +48,8 @@ RecordView::RecordView(std::string_view record) : m_text(record) {
 size_t RecordView::Offset(int32_t column) const noexcept {
   if (column <= 1) return 0;
   if (column > m_length) return m_text.size();
-  return m_offsets.empty() ? static_cast<size_t>(column - 1) : m_offsets[static_cast<size_t>(column - 1)];
+  return m_offsets.empty() ? static_cast<size_t>(column - 1)
+                           : m_offsets[static_cast<size_t>(column - 1)];
 }
 
 std::string_view RecordView::Raw(int32_t first, int32_t last) const noexcept {
@@ -73,7 +78,8 @@ LineBuilder& LineBuilder::Put(int32_t first, std::string_view text) {
   size_t column = static_cast<size_t>(std::max(first, 1)) - 1;
   for (size_t i = 0; i < text.size();) {
     size_t length = 1;
-    while (i + length < text.size() && IsContinuationByte(static_cast<unsigned char>(text[i + length])))
+    while (i + length < text.size() &&
+           IsContinuationByte(static_cast<unsigned char>(text[i + length])))
       ++length;
     if (m_cells.size() <= column) m_cells.resize(column + 1, " ");
     m_cells[column].assign(text.substr(i, length));
