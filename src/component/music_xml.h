@@ -16,6 +16,7 @@
 #include "component/line_source.h"
 #include "component/trap.h"
 #include "encoding/record_view.h"
+#include "import/record_kind.h"
 #include "musedata/document.h"
 #include "xml/xpath.h"
 
@@ -185,7 +186,7 @@ class MusicXML {
   bool ParseSoundSuggestion();
   // Remembers which kind of record is being dispatched, for the
   // suggestions that follow it; comments leave the memory as it is.
-  void RememberSuggestionTarget(char recordKind);
+  void RememberSuggestionTarget(RecordKind kind);
   // Steps of the two suggestion records: one field at a time.
   void ApplyPrintField(const SuggestionField& field);
   void ApplyDirectionField(const SuggestionField& field);

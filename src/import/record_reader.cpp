@@ -4,6 +4,7 @@
 
 #include "component/error_codes.h"
 #include "component/music_xml.h"
+#include "import/record_kind.h"
 
 namespace musedata {
 namespace {
@@ -122,33 +123,25 @@ void MusicXML::CreatePartAndFirstMeasure() {
 
 bool MusicXML::DispatchDataRecord() {
   if (m_reader.currentRecord.empty()) return false;  // an empty record ends the load
+  const RecordKind kind = KindOfRecord(m_reader.currentRecord.front());
   // Suggestion records that follow refer to what this record makes.
-  RememberSuggestionTarget(m_reader.currentRecord.front());
-  switch (m_reader.currentRecord.front()) {
-    case 'A':
-    case 'B':
-    case 'C':
-    case 'D':
-    case 'E':
-    case 'F':
-    case 'G':
-    case ' ':
-    case 'r': return ParseNoteRecord();
-    case 'P': return ParsePrintSuggestion();
-    case 'S': return ParseSoundSuggestion();
-    case '/': return ParseEnd();
-    case 'b':
-    case 'i': return ParseBackupForward();
-    case 'c':
-    case 'g': return ParseCueGrace();
-    case 'f': return ParseFiguredBass();
-    case 'm': return ParseBarLine();
-    case '$': return ParseAttributes();
-    case '&': return ParseCommentToggle();
-    case '@': return ParseSingleLineComment();
-    case '*': return ParseDirection();
-    default: return true;  // an unknown record type is passed over
+  RememberSuggestionTarget(kind);
+  switch (kind) {
+    case RecordKind::Note: return ParseNoteRecord();
+    case RecordKind::CueOrGrace: return ParseCueGrace();
+    case RecordKind::PrintSuggestion: return ParsePrintSuggestion();
+    case RecordKind::SoundSuggestion: return ParseSoundSuggestion();
+    case RecordKind::End: return ParseEnd();
+    case RecordKind::BackupForward: return ParseBackupForward();
+    case RecordKind::FiguredBass: return ParseFiguredBass();
+    case RecordKind::BarLine: return ParseBarLine();
+    case RecordKind::Attributes: return ParseAttributes();
+    case RecordKind::CommentToggle: return ParseCommentToggle();
+    case RecordKind::Comment: return ParseSingleLineComment();
+    case RecordKind::Direction: return ParseDirection();
+    case RecordKind::Other: return true;  // an unknown record type is passed over
   }
+  return true;
 }
 
 bool MusicXML::ParseCommentToggle() {

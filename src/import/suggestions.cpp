@@ -295,29 +295,20 @@ bool MusicXML::ParseSoundSuggestion() {
   });
 }
 
-void MusicXML::RememberSuggestionTarget(char recordKind) {
-  switch (recordKind) {
-    case 'P':
-    case 'S':
-    case '&':
-    case '@': return;  // suggestions and comments refer to nothing of their own
-    case 'A':
-    case 'B':
-    case 'C':
-    case 'D':
-    case 'E':
-    case 'F':
-    case 'G':
-    case ' ':
-    case 'r':
-    case 'c':
-    case 'g': m_suggestion.previous = SuggestedRecord::Note; break;
-    case '*':
+void MusicXML::RememberSuggestionTarget(RecordKind kind) {
+  switch (kind) {
+    case RecordKind::PrintSuggestion:
+    case RecordKind::SoundSuggestion:
+    case RecordKind::CommentToggle:
+    case RecordKind::Comment: return;  // suggestions and comments refer to nothing of their own
+    case RecordKind::Note:
+    case RecordKind::CueOrGrace: m_suggestion.previous = SuggestedRecord::Note; return;
+    case RecordKind::Direction:
       m_suggestion.previous = SuggestedRecord::Direction;
       m_suggestion.directionRecord = m_reader.currentRecord;
-      break;
-    case 'f': m_suggestion.previous = SuggestedRecord::FiguredBass; break;
-    default: m_suggestion.previous = SuggestedRecord::Other; break;
+      return;
+    case RecordKind::FiguredBass: m_suggestion.previous = SuggestedRecord::FiguredBass; return;
+    default: m_suggestion.previous = SuggestedRecord::Other; return;
   }
 }
 
