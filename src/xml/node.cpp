@@ -1,6 +1,8 @@
 #include "xml/node.h"
 
+#include <libxml/encoding.h>
 #include <libxml/parser.h>
+#include <libxml/xmlIO.h>
 #include <libxml/xmlsave.h>
 
 #include <charconv>
@@ -18,7 +20,9 @@ Document::Document(xmlDocPtr doc) : m_doc(doc, xmlFreeDoc) {
 namespace xml {
 namespace {
 
-const xmlChar* X(const char* text) { return reinterpret_cast<const xmlChar*>(text); }
+const xmlChar* X(const char* text) {
+  return reinterpret_cast<const xmlChar*>(text);
+}
 std::string_view View(const xmlChar* text) {
   return text ? std::string_view(reinterpret_cast<const char*>(text)) : std::string_view();
 }
@@ -64,11 +68,21 @@ std::string_view Node::Name() const noexcept {
   return View(m_node->name);
 }
 
-Node Node::Parent() const noexcept { return Node(m_node ? m_node->parent : nullptr); }
-Node Node::FirstChild() const noexcept { return Node(m_node ? m_node->children : nullptr); }
-Node Node::LastChild() const noexcept { return Node(m_node ? m_node->last : nullptr); }
-Node Node::Next() const noexcept { return Node(m_node ? m_node->next : nullptr); }
-Node Node::Previous() const noexcept { return Node(m_node ? m_node->prev : nullptr); }
+Node Node::Parent() const noexcept {
+  return Node(m_node ? m_node->parent : nullptr);
+}
+Node Node::FirstChild() const noexcept {
+  return Node(m_node ? m_node->children : nullptr);
+}
+Node Node::LastChild() const noexcept {
+  return Node(m_node ? m_node->last : nullptr);
+}
+Node Node::Next() const noexcept {
+  return Node(m_node ? m_node->next : nullptr);
+}
+Node Node::Previous() const noexcept {
+  return Node(m_node ? m_node->prev : nullptr);
+}
 
 Node Node::Child(std::string_view name) const noexcept {
   if (!m_node) return {};
@@ -98,7 +112,9 @@ Node Node::NextElement() const noexcept {
   return {};
 }
 
-Node::ElementRange Node::Children() const noexcept { return {FirstElement(), {}}; }
+Node::ElementRange Node::Children() const noexcept {
+  return {FirstElement(), {}};
+}
 Node::ElementRange Node::Children(std::string_view name) const noexcept {
   return {Child(name), name};
 }
@@ -152,11 +168,16 @@ std::string Node::Text() const {
       text.append(View(child->content));
     } else if (child->type == XML_ENTITY_REF_NODE) {
       const std::string_view name = View(child->name);
-      if (name == "amp") text += '&';
-      else if (name == "lt") text += '<';
-      else if (name == "gt") text += '>';
-      else if (name == "quot") text += '"';
-      else if (name == "apos") text += '\'';
+      if (name == "amp")
+        text += '&';
+      else if (name == "lt")
+        text += '<';
+      else if (name == "gt")
+        text += '>';
+      else if (name == "quot")
+        text += '"';
+      else if (name == "apos")
+        text += '\'';
     }
   }
   return text;
@@ -183,7 +204,9 @@ Node Node::InsertElementBefore(const char* name, Node reference) const {
   return Node(element);
 }
 
-Node Node::PrependElement(const char* name) const { return InsertElementBefore(name, FirstChild()); }
+Node Node::PrependElement(const char* name) const {
+  return InsertElementBefore(name, FirstChild());
+}
 
 // A comment may hold no "--" and may not end with "-" (it would run into the
 // closing "-->"); callers remove the first, this layer guards the second.
@@ -205,8 +228,8 @@ Node Node::AppendComment(std::string_view text) const {
 void Node::AppendText(std::string_view text) const {
   if (!m_node) throw RunTimeError::ObjectNotSet();
   if (text.empty()) return;
-  xmlNode* node = Checked(
-      xmlNewDocTextLen(m_node->doc, reinterpret_cast<const xmlChar*>(text.data()), static_cast<int>(text.size())));
+  xmlNode* node = Checked(xmlNewDocTextLen(
+      m_node->doc, reinterpret_cast<const xmlChar*>(text.data()), static_cast<int>(text.size())));
   // Append directly: xmlAddChild would merge adjacent text nodes, which is
   // harmless, but linking by hand keeps every piece a node of its own.
   node->parent = m_node;
@@ -230,7 +253,8 @@ void Node::SetContent(std::string_view text) const {
   if (!m_node) throw RunTimeError::ObjectNotSet();
   std::string buffer;
   if (m_node->type == XML_COMMENT_NODE) text = CommentSafe(text, buffer);
-  xmlNodeSetContentLen(m_node, reinterpret_cast<const xmlChar*>(text.data()), static_cast<int>(text.size()));
+  xmlNodeSetContentLen(m_node, reinterpret_cast<const xmlChar*>(text.data()),
+                       static_cast<int>(text.size()));
 }
 
 void Node::SetAttr(const char* name, std::string_view value) const {
@@ -347,6 +371,15 @@ std::string ToIndentedString(const Document& doc) {
   std::unique_ptr<xmlChar, decltype(xmlFree)> owned(buffer, xmlFree);
   if (!buffer) throw RunTimeError::OutOfMemory();
   return std::string(reinterpret_cast<const char*>(buffer), static_cast<size_t>(size));
+}
+
+bool WriteIndented(const Document& doc, std::FILE* file) {
+  if (!doc) return true;
+  // The same encoder as the in-memory dump, so the two texts are identical.
+  xmlOutputBuffer* output = xmlOutputBufferCreateFile(file, xmlFindCharEncodingHandler("UTF-8"));
+  if (!output) throw RunTimeError::OutOfMemory();
+  // Closes the buffer, which flushes it into `file` but leaves `file` open.
+  return xmlSaveFormatFileTo(output, doc.get(), "UTF-8", 1) >= 0;
 }
 
 }  // namespace xml

@@ -163,5 +163,24 @@ TEST(XmlNode, CommentEndingInHyphenStaysWellFormed) {
   }
 }
 
+TEST(XmlNode, WritingToAFileGivesTheIndentedText) {
+  const Document doc = Parse(
+      "<score-partwise><!--Generalba\xc3\x9f--><part id=\"P1\"><measure number=\"1\">"
+      "<direction><words>f\xc3\xbcr &amp; &lt;dolce&gt;</words></direction>"
+      "</measure></part></score-partwise>");
+  Root(doc).Child("part").Child("measure").AppendElement("note").AppendElement("rest");
+  const test::TempDir folder;
+  const std::string path = folder.Path() + "/score.musicxml";
+  std::FILE* file = std::fopen(path.c_str(), "wb");
+  ASSERT_NE(file, nullptr);
+  const bool written = WriteIndented(doc, file);
+  std::fclose(file);
+  EXPECT_TRUE(written);
+  const std::string text = test::ReadFile(path);
+  EXPECT_EQ(text, ToIndentedString(doc));
+  EXPECT_NE(text.find("f\xc3\xbcr &amp; &lt;dolce&gt;"), std::string::npos);
+  EXPECT_NE(text.find("\n      <note>\n        <rest/>\n      </note>"), std::string::npos);
+}
+
 }  // namespace
 }  // namespace musedata::xml
