@@ -43,6 +43,32 @@ xmlNode* Checked(xmlNode* node) {
   return node;
 }
 
+// The character data of a score is short and repeats endlessly ("1", "up",
+// "eighth", "begin"). Like libxml2's own parser, short texts are kept once in
+// the document's dictionary instead of in an allocation per node; libxml2
+// knows which strings its dictionary owns when it frees or changes a node.
+constexpr size_t kLongestSharedText = 64;
+
+xmlNode* NewText(xmlDoc* doc, std::string_view text) {
+  const xmlChar* data = reinterpret_cast<const xmlChar*>(text.data());
+  const int length = static_cast<int>(text.size());
+  if (!doc || !doc->dict || text.size() > kLongestSharedText)
+    return Checked(xmlNewDocTextLen(doc, data, length));
+  const xmlChar* shared = xmlDictLookup(doc->dict, data, length);
+  if (!shared) throw RunTimeError::OutOfMemory();
+  xmlNode* node = Checked(xmlNewDocTextLen(doc, nullptr, 0));
+  node->content = const_cast<xmlChar*>(shared);
+  return node;
+}
+
+// Whether `element` has an attribute `name` in no namespace, the one that
+// xmlSetProp would replace.
+bool HasPlainAttr(const xmlNode* element, const char* name) {
+  for (const xmlAttr* attr = element->properties; attr; attr = attr->next)
+    if (!attr->ns && View(attr->name) == name) return true;
+  return false;
+}
+
 void InitializeParser() {
   static std::once_flag once;
   std::call_once(once, [] { xmlInitParser(); });
@@ -228,8 +254,7 @@ Node Node::AppendComment(std::string_view text) const {
 void Node::AppendText(std::string_view text) const {
   if (!m_node) throw RunTimeError::ObjectNotSet();
   if (text.empty()) return;
-  xmlNode* node = Checked(xmlNewDocTextLen(
-      m_node->doc, reinterpret_cast<const xmlChar*>(text.data()), static_cast<int>(text.size())));
+  xmlNode* node = NewText(m_node->doc, text);
   // Append directly: xmlAddChild would merge adjacent text nodes, which is
   // harmless, but linking by hand keeps every piece a node of its own.
   node->parent = m_node;
@@ -259,7 +284,33 @@ void Node::SetContent(std::string_view text) const {
 
 void Node::SetAttr(const char* name, std::string_view value) const {
   if (!m_node) throw RunTimeError::ObjectNotSet();
-  if (!xmlSetProp(m_node, X(name), Terminated(value))) throw RunTimeError::OutOfMemory();
+  // A new plain attribute, the usual case, is made here with its value in the
+  // dictionary. Replacing a value, qualified names and "id" (which a DTD may
+  // declare as an ID) take libxml2's general path.
+  const std::string_view plainName(name);
+  if (m_node->type != XML_ELEMENT_NODE || !m_node->doc || !m_node->doc->dict || plainName == "id" ||
+      plainName.find(':') != std::string_view::npos || HasPlainAttr(m_node, name)) {
+    if (!xmlSetProp(m_node, X(name), Terminated(value))) throw RunTimeError::OutOfMemory();
+    return;
+  }
+  xmlNode* text = NewText(m_node->doc, value);
+  xmlAttr* attr = xmlNewDocProp(m_node->doc, X(name), nullptr);
+  if (!attr) {
+    xmlFreeNode(text);
+    throw RunTimeError::OutOfMemory();
+  }
+  text->parent = reinterpret_cast<xmlNode*>(attr);
+  attr->children = text;
+  attr->last = text;
+  attr->parent = m_node;
+  if (!m_node->properties) {
+    m_node->properties = attr;
+    return;
+  }
+  xmlAttr* last = m_node->properties;
+  while (last->next) last = last->next;
+  last->next = attr;
+  attr->prev = last;
 }
 
 void Node::RemoveAttr(const char* name) const {

@@ -94,6 +94,36 @@ TEST(XmlNode, AttributeReads) {
   EXPECT_FALSE(m.HasAttr("padded"));
 }
 
+TEST(XmlNode, SharedTextsAndValuesCanBeChangedAndFreed) {
+  // Short texts and attribute values are shared through the document's
+  // dictionary: changing or freeing one node must leave the others intact.
+  const Document doc = Parse("<measure/>");
+  const Node measure = Root(doc);
+  const std::string verse(80, 'a');  // too long to share
+  for (int i = 0; i < 3; ++i) {
+    const Node note = measure.AppendElement("note");
+    note.SetAttr("default-x", "12");
+    note.SetAttr("print-object", "no");
+    note.SetAttr("color", "");
+    note.AppendElement("stem", "up");
+    note.AppendElement("lyric", verse);
+  }
+  const Node first = measure.Child("note");
+  first.SetAttr("default-x", "15");
+  first.RemoveAttr("print-object");
+  first.Child("stem").FirstChild().SetContent("down");
+  first.Child("lyric").FirstChild().SetContent("la");
+  first.NextElement("note").Remove();
+  EXPECT_TRUE(first.HasAttr("color"));
+  const std::string untouched =
+      "<note default-x=\"12\" print-object=\"no\" color=\"\"><stem>up</stem><lyric>" + verse +
+      "</lyric></note>";
+  EXPECT_EQ(NodeToString(measure),
+            "<measure><note default-x=\"15\" color=\"\"><stem>down</stem><lyric>la</lyric>"
+            "</note>" +
+                untouched + "</measure>");
+}
+
 TEST(XmlNode, XPathSelectsRelativeToItsContext) {
   const Document doc = Parse(
       "<score-partwise><part-list><score-part id=\"P1\"/><score-part id=\"P2\"/></part-list>"
