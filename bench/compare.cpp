@@ -2,9 +2,9 @@
 // generated part it runs `musedata import PART -o PART.musicxml` and then
 // `xmllint --format` on the MusicXML that the import wrote (parse, build the
 // tree, write it indented: the same kind of work on a document of the same
-// size), each several times, and prints the minimum wall-clock time and the
-// peak resident memory of each, their ratios, and the import's time per
-// megabyte from the smallest part to the largest.
+// size), several times in turn, and prints the minimum wall-clock time, CPU
+// time and peak resident memory of each, their ratios, and the import's time
+// per megabyte from the smallest part to the largest.
 //
 //   musedata_bench_compare TOOL FOLDER RUNS MEGABYTES...
 
@@ -26,9 +26,21 @@
 namespace {
 
 struct Measured {
-  double seconds = std::numeric_limits<double>::max();
+  double seconds = std::numeric_limits<double>::max();     // wall clock
+  double cpuSeconds = std::numeric_limits<double>::max();  // user and system time
   double peakMegabytes = std::numeric_limits<double>::max();
+
+  // Keeps the least of each: other work on the machine only ever adds to them.
+  void KeepBest(const Measured& run) {
+    seconds = std::min(seconds, run.seconds);
+    cpuSeconds = std::min(cpuSeconds, run.cpuSeconds);
+    peakMegabytes = std::min(peakMegabytes, run.peakMegabytes);
+  }
 };
+
+double Seconds(const timeval& time) {
+  return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) / 1e6;
+}
 
 // Runs `arguments` with standard output and standard error going to
 // `errorsPath`, and returns its wall-clock time and peak resident memory.
@@ -70,21 +82,9 @@ Measured RunOnce(const std::vector<std::string>& arguments, const std::string& e
   }
   Measured measured;
   measured.seconds = std::chrono::duration<double>(end - start).count();
+  measured.cpuSeconds = Seconds(usage.ru_utime) + Seconds(usage.ru_stime);
   measured.peakMegabytes = static_cast<double>(usage.ru_maxrss) / 1024.0;  // ru_maxrss is in KiB
   return measured;
-}
-
-// The least time and the least peak over `runs` runs: other work on the
-// machine only ever adds to either.
-Measured RunBest(const std::vector<std::string>& arguments, const std::string& errorsPath,
-                 int runs) {
-  Measured best;
-  for (int run = 0; run < runs; ++run) {
-    const Measured measured = RunOnce(arguments, errorsPath);
-    best.seconds = std::min(best.seconds, measured.seconds);
-    best.peakMegabytes = std::min(best.peakMegabytes, measured.peakMegabytes);
-  }
-  return best;
 }
 
 // Logical records: every line but the continuation lines, which start with "a".
@@ -111,13 +111,17 @@ int main(int argc, char** argv) {
   const std::string folder = argv[2];
   const int runs = std::max(1, std::atoi(argv[3]));
 
-  std::printf("Minimum over %d runs each (wall clock); peak = maximum resident set size.\n\n",
-              runs);
+  std::printf(
+      "Minimum over %d runs each, the import and xmllint taking turns; wall clock;\n"
+      "peak = maximum resident set size.\n\n",
+      runs);
   std::printf("%8s %9s %9s %7s %10s %9s %9s %9s %6s %6s\n", "size MB", "records", "import s",
               "MB/s", "records/s", "import MB", "xmllint s", "xmllint MB", "time x", "mem x");
+  std::vector<std::string> cpuLines;
   double worstTimeRatio = 0;
   double worstMemoryRatio = 0;
   std::vector<double> secondsPerMegabyte;
+  std::vector<double> cpuSecondsPerMegabyte;
   for (int i = 4; i < argc; ++i) {
     const std::string stem = folder + "/part-" + argv[i] + "mb";
     const std::string input = stem + ".md";
@@ -128,27 +132,45 @@ int main(int argc, char** argv) {
       std::fprintf(stderr, "musedata_bench_compare: %s is missing or empty\n", input.c_str());
       return 1;
     }
-    const Measured import =
-        RunBest({tool, "import", "--no-progress", "-o", output, input}, stem + ".import.log", runs);
-    const Measured lint =
-        RunBest({"xmllint", "--nonet", "--format", "--output", stem + ".xmllint.musicxml", output},
-                stem + ".xmllint.log", runs);
+    // Taking turns exposes both programs to the same load from elsewhere.
+    Measured import;
+    Measured lint;
+    for (int run = 0; run < runs; ++run) {
+      import.KeepBest(
+          RunOnce({tool, "import", "--no-progress", "-o", output, input}, stem + ".import.log"));
+      lint.KeepBest(RunOnce(
+          {"xmllint", "--nonet", "--format", "--output", stem + ".xmllint.musicxml", output},
+          stem + ".xmllint.log"));
+    }
     const double timeRatio = import.seconds / lint.seconds;
     const double memoryRatio = import.peakMegabytes / lint.peakMegabytes;
     worstTimeRatio = std::max(worstTimeRatio, timeRatio);
     worstMemoryRatio = std::max(worstMemoryRatio, memoryRatio);
     secondsPerMegabyte.push_back(import.seconds / megabytes);
+    cpuSecondsPerMegabyte.push_back(import.cpuSeconds / megabytes);
     std::printf("%8.1f %9lld %9.3f %7.2f %10.0f %9.1f %9.3f %10.1f %6.2f %6.2f\n", megabytes,
                 records, import.seconds, megabytes / import.seconds,
                 static_cast<double>(records) / import.seconds, import.peakMegabytes, lint.seconds,
                 lint.peakMegabytes, timeRatio, memoryRatio);
     std::fflush(stdout);
+    char cpuLine[128];
+    std::snprintf(cpuLine, sizeof cpuLine, "%8.1f %12.3f %13.3f %6.2f", megabytes,
+                  import.cpuSeconds, lint.cpuSeconds, import.cpuSeconds / lint.cpuSeconds);
+    cpuLines.emplace_back(cpuLine);
   }
-  std::printf("\nimport time per MB:");
+  std::printf("\nCPU time (user and system), less disturbed by other work on the machine:\n");
+  std::printf("%8s %12s %13s %6s\n", "size MB", "import cpu s", "xmllint cpu s", "cpu x");
+  for (const std::string& line : cpuLines) std::printf("%s\n", line.c_str());
+
+  std::printf("\nimport per MB, wall:");
   for (const double seconds : secondsPerMegabyte) std::printf(" %.4f s", seconds);
-  const double growth = secondsPerMegabyte.back() / secondsPerMegabyte.front();
-  std::printf(" (largest / smallest %.2f)\n", growth);
-  std::printf("target: time and memory at most 1.5 x xmllint, time linear in the size\n");
+  std::printf(" (largest / smallest %.2f)\n",
+              secondsPerMegabyte.back() / secondsPerMegabyte.front());
+  std::printf("import per MB, CPU: ");
+  for (const double seconds : cpuSecondsPerMegabyte) std::printf(" %.4f s", seconds);
+  std::printf(" (largest / smallest %.2f)\n",
+              cpuSecondsPerMegabyte.back() / cpuSecondsPerMegabyte.front());
+  std::printf("\ntarget: time and memory at most 1.5 x xmllint, time linear in the size\n");
   std::printf("worst time ratio %.2f, worst memory ratio %.2f: %s\n", worstTimeRatio,
               worstMemoryRatio,
               worstTimeRatio <= 1.5 && worstMemoryRatio <= 1.5 ? "met" : "missed");
