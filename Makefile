@@ -4,6 +4,9 @@
 BUILD ?= build
 SANITIZE_BUILD ?= build-sanitize
 FUZZ_BUILD ?= build-fuzz
+BENCH_BUILD ?= build-bench
+BENCH_SIZES ?= 1 10 100
+BENCH_RUNS ?= 3
 FUZZ_SECONDS ?= 60
 PREFIX ?= /usr/local
 JOBS ?= $(shell nproc 2>/dev/null || echo 2)
@@ -43,6 +46,18 @@ test-sanitize: deps
 demo: build
 	@sh examples/demo.sh $(BUILD)
 
+# The import timed against xmllint on generated parts of BENCH_SIZES megabytes
+# (written once into $(BENCH_BUILD)/data), then the in-process benchmarks.
+bench: deps
+	cmake -S . -B $(BENCH_BUILD) -DCMAKE_BUILD_TYPE=Release -DMUSEDATA_BUILD_BENCH=ON -DMUSEDATA_BUILD_TESTS=OFF
+	cmake --build $(BENCH_BUILD) -j $(JOBS)
+	@mkdir -p $(BENCH_BUILD)/data
+	@missing=""; for size in $(BENCH_SIZES); do \
+	  [ -f $(BENCH_BUILD)/data/part-$${size}mb.md ] || missing="$$missing $$size"; done; \
+	if [ -n "$$missing" ]; then $(BENCH_BUILD)/bench/musedata_bench_data $(BENCH_BUILD)/data $$missing; fi
+	$(BENCH_BUILD)/bench/musedata_bench_compare $(BENCH_BUILD)/musedata $(BENCH_BUILD)/data $(BENCH_RUNS) $(BENCH_SIZES)
+	$(BENCH_BUILD)/bench/musedata_bench --benchmark_counters_tabular=true
+
 # The import fuzz target, run for FUZZ_SECONDS over a scratch copy of the seed corpus.
 fuzz: deps
 	@if [ "$$(id -u)" = 0 ]; then for p in $(FUZZ_PACKAGES); do dpkg -s $$p >/dev/null 2>&1 || \
@@ -62,4 +77,4 @@ format:
 	clang-format -i $$(git ls-files '*.cpp' '*.h')
 
 clean:
-	rm -rf $(BUILD) $(SANITIZE_BUILD) $(FUZZ_BUILD)
+	rm -rf $(BUILD) $(SANITIZE_BUILD) $(FUZZ_BUILD) $(BENCH_BUILD)

@@ -1,79 +1,72 @@
-// Import speed: a MuseData part of many note records, generated in memory and
-// loaded into a fresh engine, reported as note records per second.
+// Import speed in process: a generated MuseData part that holds every record
+// type, loaded from memory into a fresh engine, reported as records per second.
+// The end-to-end comparison with xmllint is musedata_bench_compare's.
 
 #include <benchmark/benchmark.h>
 
-#include <array>
+#include <map>
 #include <memory>
 #include <string>
-#include <string_view>
 
 #include "component/line_source.h"
 #include "component/music_xml.h"
+#include "part_generator.h"
+#include "xml/node.h"
 
 namespace {
 
-// A bar of a two-voice texture in 3/4 with eighth-note beams, a dotted
-// figure, a triplet, a chord, a rest, a tie and two verses of lyrics: the
-// fields a real score fills, each record padded to its columns.
-constexpr std::array<std::string_view, 10> kBar{
-    "C4     2-     1 e  n  u  [        -       Glo-|Ky-",
-    "C4     2      1 e     u  =                ri-",
-    "E4     3      1 e. #  u  =                a|ri\\7e",
-    " G4    3      1 e     u  ]",
-    "Bf4    1      1 s  f  d  ]/",
-    "r      4      2 q",
-    "F#5    2      1 e   3 d  [        (",
-    "G5     2      1 e   3 d  =",
-    "A5     2      1 e   3 d  ]        )       -",
-    "D4    12      2 h.    d    ",
-};
-
-std::string Header() {
-  return "(C) 2026 musedata benchmarks\n"
-         "\n"
-         "ID: {bench/part} [1]\n"
-         "01/01/26 generated\n"
-         "WK#:1 MV#:1\n"
-         "generated source\n"
-         "Study\n"
-         "Allegro\n"
-         "Violino I\n"
-         "0 0\n"
-         "Group memberships: score\n"
-         "score: part 1 of 1\n";
+const musedata::bench::GeneratedPart& Part(int64_t megabytes) {
+  static std::map<int64_t, musedata::bench::GeneratedPart> parts;
+  auto found = parts.find(megabytes);
+  if (found == parts.end())
+    found = parts
+                .emplace(megabytes, musedata::bench::GeneratePart(static_cast<size_t>(megabytes) *
+                                                                  1000 * 1000))
+                .first;
+  return found->second;
 }
 
-// A part of `notes` note records, a bar line after every bar.
-std::string GeneratePart(int64_t notes) {
-  std::string text = Header();
-  text.reserve(static_cast<size_t>(notes) * 48);
-  for (int64_t i = 0; i < notes; ++i) {
-    text.append(kBar[static_cast<size_t>(i) % kBar.size()]).append("\n");
-    if (i % kBar.size() == kBar.size() - 1) text.append("measure\n");
-  }
-  return text + "/END\n";
-}
-
-void ImportNoteRecords(benchmark::State& state) {
-  const int64_t notes = state.range(0);
-  const std::string part = GeneratePart(notes);
+// Reading the records and building the score; freeing it is not counted.
+void ImportRecords(benchmark::State& state) {
+  const musedata::bench::GeneratedPart& part = Part(state.range(0));
   for (auto _ : state) {
     state.PauseTiming();
-    auto source = std::make_unique<musedata::LineSource>("bench.md", part);
+    auto source = std::make_unique<musedata::LineSource>("bench.md", part.text);
     auto engine = std::make_unique<musedata::MusicXML>();
+    engine->Warning = [](const std::string&) {};
     state.ResumeTiming();
     const bool loaded = engine->Load(std::move(source));
     state.PauseTiming();
     if (!loaded) state.SkipWithError("the generated part did not load");
-    engine.reset();  // freeing the document is not part of the import
+    engine.reset();
     state.ResumeTiming();
   }
-  state.counters["records"] = benchmark::Counter(static_cast<double>(notes * state.iterations()),
-                                                 benchmark::Counter::kIsRate);
+  state.counters["records"] = benchmark::Counter(
+      static_cast<double>(part.records * state.iterations()), benchmark::Counter::kIsRate);
+  state.SetBytesProcessed(static_cast<int64_t>(part.text.size()) * state.iterations());
 }
 
-BENCHMARK(ImportNoteRecords)->Arg(10'000)->Arg(100'000)->Unit(benchmark::kMillisecond);
+// Writing the finished score as indented MusicXML text.
+void SerialiseScore(benchmark::State& state) {
+  const musedata::bench::GeneratedPart& part = Part(state.range(0));
+  musedata::MusicXML engine;
+  engine.Warning = [](const std::string&) {};
+  if (!engine.Load(std::make_unique<musedata::LineSource>("bench.md", part.text))) {
+    state.SkipWithError("the generated part did not load");
+    return;
+  }
+  const musedata::Document document = engine.XML();
+  size_t bytes = 0;
+  for (auto _ : state) {
+    const std::string text = musedata::xml::ToIndentedString(document);
+    bytes = text.size();
+    benchmark::DoNotOptimize(text.data());
+  }
+  state.SetBytesProcessed(static_cast<int64_t>(bytes) * state.iterations());
+}
+
+BENCHMARK(ImportRecords)->Arg(1)->Arg(10)->Unit(benchmark::kMillisecond);
+BENCHMARK(SerialiseScore)->Arg(1)->Arg(10)->Unit(benchmark::kMillisecond);
 
 }  // namespace
 

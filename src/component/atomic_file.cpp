@@ -49,6 +49,16 @@ void AtomicFileWriter::Write(std::string_view text) {
   }
 }
 
+void AtomicFileWriter::WriteWith(const std::function<bool(std::FILE*)>& write) {
+  if (!m_file) RaiseWriteError(m_path, EBADF);
+  errno = 0;
+  if (!write(m_file) || std::ferror(m_file)) {
+    const int error = errno != 0 ? errno : EIO;
+    Discard();
+    RaiseWriteError(m_path, error);
+  }
+}
+
 void AtomicFileWriter::Commit() {
   if (!m_file) RaiseWriteError(m_path, EBADF);
   // Files made by mkstemp are private; give the result the usual permissions.

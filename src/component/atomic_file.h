@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdio>
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -20,6 +21,9 @@ class AtomicFileWriter {
   AtomicFileWriter& operator=(const AtomicFileWriter&) = delete;
 
   void Write(std::string_view text);
+  // Hands the file to `write`, for writers that produce their text in pieces;
+  // `write` answers false when a write failed.
+  void WriteWith(const std::function<bool(std::FILE*)>& write);
   // Writes everything out and puts the file in place of `path`.
   void Commit();
 

@@ -151,7 +151,11 @@ std::string ToMusicXmlText(const Document& document) {
 }
 
 void WriteMusicXmlFile(const Document& document, const std::string& path) {
-  WriteFileAtomically(path, xml::ToIndentedString(document));
+  // The text of a score is about ten times the size of its MuseData; written
+  // straight into the file it never has to be held in memory beside the tree.
+  AtomicFileWriter writer(path);
+  writer.WriteWith([&](std::FILE* file) { return xml::WriteIndented(document, file); });
+  writer.Commit();
 }
 
 }  // namespace musedata

@@ -1,6 +1,8 @@
 #include "xml/node.h"
 
+#include <libxml/encoding.h>
 #include <libxml/parser.h>
+#include <libxml/xmlIO.h>
 #include <libxml/xmlsave.h>
 
 #include <charconv>
@@ -18,7 +20,9 @@ Document::Document(xmlDocPtr doc) : m_doc(doc, xmlFreeDoc) {
 namespace xml {
 namespace {
 
-const xmlChar* X(const char* text) { return reinterpret_cast<const xmlChar*>(text); }
+const xmlChar* X(const char* text) {
+  return reinterpret_cast<const xmlChar*>(text);
+}
 std::string_view View(const xmlChar* text) {
   return text ? std::string_view(reinterpret_cast<const char*>(text)) : std::string_view();
 }
@@ -37,6 +41,32 @@ const xmlChar* Terminated(std::string_view text) {
 xmlNode* Checked(xmlNode* node) {
   if (!node) throw RunTimeError::OutOfMemory();
   return node;
+}
+
+// The character data of a score is short and repeats endlessly ("1", "up",
+// "eighth", "begin"). Like libxml2's own parser, short texts are kept once in
+// the document's dictionary instead of in an allocation per node; libxml2
+// knows which strings its dictionary owns when it frees or changes a node.
+constexpr size_t kLongestSharedText = 64;
+
+xmlNode* NewText(xmlDoc* doc, std::string_view text) {
+  const xmlChar* data = reinterpret_cast<const xmlChar*>(text.data());
+  const int length = static_cast<int>(text.size());
+  if (!doc || !doc->dict || text.size() > kLongestSharedText)
+    return Checked(xmlNewDocTextLen(doc, data, length));
+  const xmlChar* shared = xmlDictLookup(doc->dict, data, length);
+  if (!shared) throw RunTimeError::OutOfMemory();
+  xmlNode* node = Checked(xmlNewDocTextLen(doc, nullptr, 0));
+  node->content = const_cast<xmlChar*>(shared);
+  return node;
+}
+
+// Whether `element` has an attribute `name` in no namespace, the one that
+// xmlSetProp would replace.
+bool HasPlainAttr(const xmlNode* element, const char* name) {
+  for (const xmlAttr* attr = element->properties; attr; attr = attr->next)
+    if (!attr->ns && View(attr->name) == name) return true;
+  return false;
 }
 
 void InitializeParser() {
@@ -64,11 +94,21 @@ std::string_view Node::Name() const noexcept {
   return View(m_node->name);
 }
 
-Node Node::Parent() const noexcept { return Node(m_node ? m_node->parent : nullptr); }
-Node Node::FirstChild() const noexcept { return Node(m_node ? m_node->children : nullptr); }
-Node Node::LastChild() const noexcept { return Node(m_node ? m_node->last : nullptr); }
-Node Node::Next() const noexcept { return Node(m_node ? m_node->next : nullptr); }
-Node Node::Previous() const noexcept { return Node(m_node ? m_node->prev : nullptr); }
+Node Node::Parent() const noexcept {
+  return Node(m_node ? m_node->parent : nullptr);
+}
+Node Node::FirstChild() const noexcept {
+  return Node(m_node ? m_node->children : nullptr);
+}
+Node Node::LastChild() const noexcept {
+  return Node(m_node ? m_node->last : nullptr);
+}
+Node Node::Next() const noexcept {
+  return Node(m_node ? m_node->next : nullptr);
+}
+Node Node::Previous() const noexcept {
+  return Node(m_node ? m_node->prev : nullptr);
+}
 
 Node Node::Child(std::string_view name) const noexcept {
   if (!m_node) return {};
@@ -98,7 +138,9 @@ Node Node::NextElement() const noexcept {
   return {};
 }
 
-Node::ElementRange Node::Children() const noexcept { return {FirstElement(), {}}; }
+Node::ElementRange Node::Children() const noexcept {
+  return {FirstElement(), {}};
+}
 Node::ElementRange Node::Children(std::string_view name) const noexcept {
   return {Child(name), name};
 }
@@ -152,11 +194,16 @@ std::string Node::Text() const {
       text.append(View(child->content));
     } else if (child->type == XML_ENTITY_REF_NODE) {
       const std::string_view name = View(child->name);
-      if (name == "amp") text += '&';
-      else if (name == "lt") text += '<';
-      else if (name == "gt") text += '>';
-      else if (name == "quot") text += '"';
-      else if (name == "apos") text += '\'';
+      if (name == "amp")
+        text += '&';
+      else if (name == "lt")
+        text += '<';
+      else if (name == "gt")
+        text += '>';
+      else if (name == "quot")
+        text += '"';
+      else if (name == "apos")
+        text += '\'';
     }
   }
   return text;
@@ -183,7 +230,9 @@ Node Node::InsertElementBefore(const char* name, Node reference) const {
   return Node(element);
 }
 
-Node Node::PrependElement(const char* name) const { return InsertElementBefore(name, FirstChild()); }
+Node Node::PrependElement(const char* name) const {
+  return InsertElementBefore(name, FirstChild());
+}
 
 // A comment may hold no "--" and may not end with "-" (it would run into the
 // closing "-->"); callers remove the first, this layer guards the second.
@@ -205,8 +254,7 @@ Node Node::AppendComment(std::string_view text) const {
 void Node::AppendText(std::string_view text) const {
   if (!m_node) throw RunTimeError::ObjectNotSet();
   if (text.empty()) return;
-  xmlNode* node = Checked(
-      xmlNewDocTextLen(m_node->doc, reinterpret_cast<const xmlChar*>(text.data()), static_cast<int>(text.size())));
+  xmlNode* node = NewText(m_node->doc, text);
   // Append directly: xmlAddChild would merge adjacent text nodes, which is
   // harmless, but linking by hand keeps every piece a node of its own.
   node->parent = m_node;
@@ -230,12 +278,39 @@ void Node::SetContent(std::string_view text) const {
   if (!m_node) throw RunTimeError::ObjectNotSet();
   std::string buffer;
   if (m_node->type == XML_COMMENT_NODE) text = CommentSafe(text, buffer);
-  xmlNodeSetContentLen(m_node, reinterpret_cast<const xmlChar*>(text.data()), static_cast<int>(text.size()));
+  xmlNodeSetContentLen(m_node, reinterpret_cast<const xmlChar*>(text.data()),
+                       static_cast<int>(text.size()));
 }
 
 void Node::SetAttr(const char* name, std::string_view value) const {
   if (!m_node) throw RunTimeError::ObjectNotSet();
-  if (!xmlSetProp(m_node, X(name), Terminated(value))) throw RunTimeError::OutOfMemory();
+  // A new plain attribute, the usual case, is made here with its value in the
+  // dictionary. Replacing a value, qualified names and "id" (which a DTD may
+  // declare as an ID) take libxml2's general path.
+  const std::string_view plainName(name);
+  if (m_node->type != XML_ELEMENT_NODE || !m_node->doc || !m_node->doc->dict || plainName == "id" ||
+      plainName.find(':') != std::string_view::npos || HasPlainAttr(m_node, name)) {
+    if (!xmlSetProp(m_node, X(name), Terminated(value))) throw RunTimeError::OutOfMemory();
+    return;
+  }
+  xmlNode* text = NewText(m_node->doc, value);
+  xmlAttr* attr = xmlNewDocProp(m_node->doc, X(name), nullptr);
+  if (!attr) {
+    xmlFreeNode(text);
+    throw RunTimeError::OutOfMemory();
+  }
+  text->parent = reinterpret_cast<xmlNode*>(attr);
+  attr->children = text;
+  attr->last = text;
+  attr->parent = m_node;
+  if (!m_node->properties) {
+    m_node->properties = attr;
+    return;
+  }
+  xmlAttr* last = m_node->properties;
+  while (last->next) last = last->next;
+  last->next = attr;
+  attr->prev = last;
 }
 
 void Node::RemoveAttr(const char* name) const {
@@ -347,6 +422,15 @@ std::string ToIndentedString(const Document& doc) {
   std::unique_ptr<xmlChar, decltype(xmlFree)> owned(buffer, xmlFree);
   if (!buffer) throw RunTimeError::OutOfMemory();
   return std::string(reinterpret_cast<const char*>(buffer), static_cast<size_t>(size));
+}
+
+bool WriteIndented(const Document& doc, std::FILE* file) {
+  if (!doc) return true;
+  // The same encoder as the in-memory dump, so the two texts are identical.
+  xmlOutputBuffer* output = xmlOutputBufferCreateFile(file, xmlFindCharEncodingHandler("UTF-8"));
+  if (!output) throw RunTimeError::OutOfMemory();
+  // Closes the buffer, which flushes it into `file` but leaves `file` open.
+  return xmlSaveFormatFileTo(output, doc.get(), "UTF-8", 1) >= 0;
 }
 
 }  // namespace xml

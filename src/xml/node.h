@@ -8,6 +8,7 @@
 #include <libxml/tree.h>
 
 #include <cstdint>
+#include <cstdio>
 #include <iterator>
 #include <string>
 #include <string_view>
@@ -159,5 +160,8 @@ std::string NodeToString(Node node);
 
 // Serialises the document as indented UTF-8 text.
 std::string ToIndentedString(const Document& doc);
+// Writes the same text as ToIndentedString to `file`, piece by piece, without
+// holding the whole text in memory. False when a write failed.
+bool WriteIndented(const Document& doc, std::FILE* file);
 
 }  // namespace musedata::xml

@@ -94,6 +94,36 @@ TEST(XmlNode, AttributeReads) {
   EXPECT_FALSE(m.HasAttr("padded"));
 }
 
+TEST(XmlNode, SharedTextsAndValuesCanBeChangedAndFreed) {
+  // Short texts and attribute values are shared through the document's
+  // dictionary: changing or freeing one node must leave the others intact.
+  const Document doc = Parse("<measure/>");
+  const Node measure = Root(doc);
+  const std::string verse(80, 'a');  // too long to share
+  for (int i = 0; i < 3; ++i) {
+    const Node note = measure.AppendElement("note");
+    note.SetAttr("default-x", "12");
+    note.SetAttr("print-object", "no");
+    note.SetAttr("color", "");
+    note.AppendElement("stem", "up");
+    note.AppendElement("lyric", verse);
+  }
+  const Node first = measure.Child("note");
+  first.SetAttr("default-x", "15");
+  first.RemoveAttr("print-object");
+  first.Child("stem").FirstChild().SetContent("down");
+  first.Child("lyric").FirstChild().SetContent("la");
+  first.NextElement("note").Remove();
+  EXPECT_TRUE(first.HasAttr("color"));
+  const std::string untouched =
+      "<note default-x=\"12\" print-object=\"no\" color=\"\"><stem>up</stem><lyric>" + verse +
+      "</lyric></note>";
+  EXPECT_EQ(NodeToString(measure),
+            "<measure><note default-x=\"15\" color=\"\"><stem>down</stem><lyric>la</lyric>"
+            "</note>" +
+                untouched + "</measure>");
+}
+
 TEST(XmlNode, XPathSelectsRelativeToItsContext) {
   const Document doc = Parse(
       "<score-partwise><part-list><score-part id=\"P1\"/><score-part id=\"P2\"/></part-list>"
@@ -161,6 +191,25 @@ TEST(XmlNode, CommentEndingInHyphenStaysWellFormed) {
     EXPECT_EQ(Root(again).FirstChild().Content().substr(0, std::string_view(text).size()), text);
     EXPECT_EQ(comment.Type(), NodeType::Comment);
   }
+}
+
+TEST(XmlNode, WritingToAFileGivesTheIndentedText) {
+  const Document doc = Parse(
+      "<score-partwise><!--Generalba\xc3\x9f--><part id=\"P1\"><measure number=\"1\">"
+      "<direction><words>f\xc3\xbcr &amp; &lt;dolce&gt;</words></direction>"
+      "</measure></part></score-partwise>");
+  Root(doc).Child("part").Child("measure").AppendElement("note").AppendElement("rest");
+  const test::TempDir folder;
+  const std::string path = folder.Path() + "/score.musicxml";
+  std::FILE* file = std::fopen(path.c_str(), "wb");
+  ASSERT_NE(file, nullptr);
+  const bool written = WriteIndented(doc, file);
+  std::fclose(file);
+  EXPECT_TRUE(written);
+  const std::string text = test::ReadFile(path);
+  EXPECT_EQ(text, ToIndentedString(doc));
+  EXPECT_NE(text.find("f\xc3\xbcr &amp; &lt;dolce&gt;"), std::string::npos);
+  EXPECT_NE(text.find("\n      <note>\n        <rest/>\n      </note>"), std::string::npos);
 }
 
 }  // namespace

@@ -1,0 +1,178 @@
+// musedata_bench_compare: times the import tool against a yardstick. For each
+// generated part it runs `musedata import PART -o PART.musicxml` and then
+// `xmllint --format` on the MusicXML that the import wrote (parse, build the
+// tree, write it indented: the same kind of work on a document of the same
+// size), several times in turn, and prints the minimum wall-clock time, CPU
+// time and peak resident memory of each, their ratios, and the import's time
+// per megabyte from the smallest part to the largest.
+//
+//   musedata_bench_compare TOOL FOLDER RUNS MEGABYTES...
+
+#include <fcntl.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <limits>
+#include <string>
+#include <vector>
+
+namespace {
+
+struct Measured {
+  double seconds = std::numeric_limits<double>::max();     // wall clock
+  double cpuSeconds = std::numeric_limits<double>::max();  // user and system time
+  double peakMegabytes = std::numeric_limits<double>::max();
+
+  // Keeps the least of each: other work on the machine only ever adds to them.
+  void KeepBest(const Measured& run) {
+    seconds = std::min(seconds, run.seconds);
+    cpuSeconds = std::min(cpuSeconds, run.cpuSeconds);
+    peakMegabytes = std::min(peakMegabytes, run.peakMegabytes);
+  }
+};
+
+double Seconds(const timeval& time) {
+  return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) / 1e6;
+}
+
+// Runs `arguments` with standard output and standard error going to
+// `errorsPath`, and returns its wall-clock time and peak resident memory.
+// Exits the driver when the program fails or says anything.
+Measured RunOnce(const std::vector<std::string>& arguments, const std::string& errorsPath) {
+  std::vector<char*> argv;
+  for (const std::string& argument : arguments) argv.push_back(const_cast<char*>(argument.c_str()));
+  argv.push_back(nullptr);
+  const auto start = std::chrono::steady_clock::now();
+  const pid_t child = fork();
+  if (child < 0) {
+    std::perror("musedata_bench_compare: fork");
+    std::exit(2);
+  }
+  if (child == 0) {
+    const int errors = open(errorsPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+    if (errors >= 0) {
+      dup2(errors, STDOUT_FILENO);
+      dup2(errors, STDERR_FILENO);
+    }
+    execvp(argv[0], argv.data());
+    std::perror(argv[0]);
+    _exit(127);
+  }
+  int status = 0;
+  rusage usage{};
+  if (wait4(child, &status, 0, &usage) != child) {
+    std::perror("musedata_bench_compare: wait4");
+    std::exit(2);
+  }
+  const auto end = std::chrono::steady_clock::now();
+  struct stat errors {};
+  const bool quiet = stat(errorsPath.c_str(), &errors) == 0 && errors.st_size == 0;
+  if (!WIFEXITED(status) || WEXITSTATUS(status) != 0 || !quiet) {
+    std::fprintf(stderr, "musedata_bench_compare: %s failed (status %d); see %s\n",
+                 arguments[0].c_str(), WIFEXITED(status) ? WEXITSTATUS(status) : -1,
+                 errorsPath.c_str());
+    std::exit(1);
+  }
+  Measured measured;
+  measured.seconds = std::chrono::duration<double>(end - start).count();
+  measured.cpuSeconds = Seconds(usage.ru_utime) + Seconds(usage.ru_stime);
+  measured.peakMegabytes = static_cast<double>(usage.ru_maxrss) / 1024.0;  // ru_maxrss is in KiB
+  return measured;
+}
+
+// Logical records: every line but the continuation lines, which start with "a".
+long long CountRecords(const std::string& path, double& megabytes) {
+  std::ifstream file(path, std::ios::binary);
+  long long records = 0;
+  long long bytes = 0;
+  for (std::string line; std::getline(file, line);) {
+    bytes += static_cast<long long>(line.size()) + 1;
+    if (line.empty() || line.front() != 'a') ++records;
+  }
+  megabytes = static_cast<double>(bytes) / 1e6;
+  return records;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc < 5) {
+    std::fprintf(stderr, "usage: musedata_bench_compare TOOL FOLDER RUNS MEGABYTES...\n");
+    return 64;
+  }
+  const std::string tool = argv[1];
+  const std::string folder = argv[2];
+  const int runs = std::max(1, std::atoi(argv[3]));
+
+  std::printf(
+      "Minimum over %d runs each, the import and xmllint taking turns; wall clock;\n"
+      "peak = maximum resident set size.\n\n",
+      runs);
+  std::printf("%8s %9s %9s %7s %10s %9s %9s %9s %6s %6s\n", "size MB", "records", "import s",
+              "MB/s", "records/s", "import MB", "xmllint s", "xmllint MB", "time x", "mem x");
+  std::vector<std::string> cpuLines;
+  double worstTimeRatio = 0;
+  double worstMemoryRatio = 0;
+  std::vector<double> secondsPerMegabyte;
+  std::vector<double> cpuSecondsPerMegabyte;
+  for (int i = 4; i < argc; ++i) {
+    const std::string stem = folder + "/part-" + argv[i] + "mb";
+    const std::string input = stem + ".md";
+    const std::string output = stem + ".musicxml";
+    double megabytes = 0;
+    const long long records = CountRecords(input, megabytes);
+    if (records == 0) {
+      std::fprintf(stderr, "musedata_bench_compare: %s is missing or empty\n", input.c_str());
+      return 1;
+    }
+    // Taking turns exposes both programs to the same load from elsewhere.
+    Measured import;
+    Measured lint;
+    for (int run = 0; run < runs; ++run) {
+      import.KeepBest(
+          RunOnce({tool, "import", "--no-progress", "-o", output, input}, stem + ".import.log"));
+      lint.KeepBest(RunOnce(
+          {"xmllint", "--nonet", "--format", "--output", stem + ".xmllint.musicxml", output},
+          stem + ".xmllint.log"));
+    }
+    const double timeRatio = import.seconds / lint.seconds;
+    const double memoryRatio = import.peakMegabytes / lint.peakMegabytes;
+    worstTimeRatio = std::max(worstTimeRatio, timeRatio);
+    worstMemoryRatio = std::max(worstMemoryRatio, memoryRatio);
+    secondsPerMegabyte.push_back(import.seconds / megabytes);
+    cpuSecondsPerMegabyte.push_back(import.cpuSeconds / megabytes);
+    std::printf("%8.1f %9lld %9.3f %7.2f %10.0f %9.1f %9.3f %10.1f %6.2f %6.2f\n", megabytes,
+                records, import.seconds, megabytes / import.seconds,
+                static_cast<double>(records) / import.seconds, import.peakMegabytes, lint.seconds,
+                lint.peakMegabytes, timeRatio, memoryRatio);
+    std::fflush(stdout);
+    char cpuLine[128];
+    std::snprintf(cpuLine, sizeof cpuLine, "%8.1f %12.3f %13.3f %6.2f", megabytes,
+                  import.cpuSeconds, lint.cpuSeconds, import.cpuSeconds / lint.cpuSeconds);
+    cpuLines.emplace_back(cpuLine);
+  }
+  std::printf("\nCPU time (user and system), less disturbed by other work on the machine:\n");
+  std::printf("%8s %12s %13s %6s\n", "size MB", "import cpu s", "xmllint cpu s", "cpu x");
+  for (const std::string& line : cpuLines) std::printf("%s\n", line.c_str());
+
+  std::printf("\nimport per MB, wall:");
+  for (const double seconds : secondsPerMegabyte) std::printf(" %.4f s", seconds);
+  std::printf(" (largest / smallest %.2f)\n",
+              secondsPerMegabyte.back() / secondsPerMegabyte.front());
+  std::printf("import per MB, CPU: ");
+  for (const double seconds : cpuSecondsPerMegabyte) std::printf(" %.4f s", seconds);
+  std::printf(" (largest / smallest %.2f)\n",
+              cpuSecondsPerMegabyte.back() / cpuSecondsPerMegabyte.front());
+  std::printf("\ntarget: time and memory at most 1.5 x xmllint, time linear in the size\n");
+  std::printf("worst time ratio %.2f, worst memory ratio %.2f: %s\n", worstTimeRatio,
+              worstMemoryRatio,
+              worstTimeRatio <= 1.5 && worstMemoryRatio <= 1.5 ? "met" : "missed");
+  return 0;
+}
