@@ -47,7 +47,8 @@ TEST(Utilities, CleanseCommentLeavesNoDoubleHyphen) {
   // clang-format off
   const std::pair<std::string_view, std::string_view> rows[] = {
       {"a--b---c", "a-b-c"}, {"-", "-"}, {"", ""}, {"----", "-"}, {"--x--", "-x-"},
-      {"a - - b", "a - - b"}, {"x-\r\n-y", "x-\r\n-y"}, {"H\xC3\xA4rtel--Verlag", "H\xC3\xA4rtel-Verlag"},
+      {"a - - b", "a - - b"}, {"x-\r\n-y", "x-\r\n-y"},
+      {"H\xC3\xA4rtel--Verlag", "H\xC3\xA4rtel-Verlag"},
       {"pause \xE2\x80\x94 fine", "pause \xE2\x80\x94 fine"},
   };
   // clang-format on

@@ -73,7 +73,8 @@ TEST(Columns, LineBuilderPadsOverwritesAndTrims) {
       {LineBuilder().Put(1, "measure").Put(2, "heavy2").Finish(), "mheavy2"},
       {LineBuilder().Put(1, "$").Put(3, "K:0  ").Put(20, " ").Finish(), "$ K:0"},
       {LineBuilder().Put(4, "   ").Finish(), ""},
-      {LineBuilder().Put(1, "H\xC3\xA4").Put(3, "rtel").PutRight(10, "x").Finish(), "H\xC3\xA4rtel   x"},
+      {LineBuilder().Put(1, "H\xC3\xA4").Put(3, "rtel").PutRight(10, "x").Finish(),
+       "H\xC3\xA4rtel   x"},
       {LineBuilder().PutRight(3, "\xC3\xA4\xC3\xB6").Finish(), " \xC3\xA4\xC3\xB6"},
       {LineBuilder().Put(-3, "ab").Finish(), "ab"},
   };
