@@ -33,11 +33,6 @@ TEST(Trap, OtherErrorsAreWrappedWithTheProcedureNumberAndName) {
   const std::vector<std::tuple<Procedure, std::function<void()>, std::string>> rows = {
       {kParseBarLine, [] { throw RunTimeError::SubscriptOutOfRange(); },
        "6021 Verdantix: MuseData ParseBarLine error 9: Subscript out of range"},
-      // The reader's name has a blank; the document set-up's has no prefix.
-      {kNextRecord, [] { throw RunTimeError::Overflow(); },
-       "6009 Verdantix: MuseData Next Record error 6: Overflow"},
-      {kInitializeXML, [] { throw RunTimeError::InvalidCall(); },
-       "6003 Verdantix: InitializeXML" + invalidCall},
       // A host's error of another source, its negative number in decimal.
       {kLoad, [] { throw ConverterError(1004, "Notation host", "Disk is full"); },
        "6008 Verdantix: MuseData Load error 1004: Disk is full"},
