@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <sstream>
+
 #include "support/test_support.h"
 
 namespace musedata::test {
@@ -7,18 +9,13 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-const Lines kHeader = {"(C) 2026 test",
-                       "",
-                       "ID: {test/part}",
-                       "11/05/26 A. Encoder",
-                       "WK#:12 MV#:1",
-                       "Source",
-                       "Sonata",
-                       "Allegro",
-                       "Violino I",
-                       "0 0",
-                       "Group memberships: score",
-                       "score: part 1 of 1"};
+// The standard header of the test support, one line each.
+const Lines kHeader = [] {
+  Lines lines;
+  std::istringstream header(Header());
+  for (std::string line; std::getline(header, line);) lines.push_back(line);
+  return lines;
+}();
 
 // The standard header with line `number` (from 1) replaced by `text`.
 Lines With(size_t number, const std::string& text, Lines lines = kHeader) {
@@ -56,7 +53,8 @@ TEST(Header, RecordsBuildIdentificationTitlesAndScorePart) {
     std::string expected;
   } rows[] = {
       // A blank second record makes no comment.
-      {kHeader, "//identification/comment()", "<!--(C) 2026 test--><!--ID: {test/part}-->"},
+      {kHeader, "//identification/comment()",
+       "<!--(C) 2026 musedata test suite--><!--ID: {test/part} [1]-->"},
       {With(5, "WK#: 9 MV#:2 "), numbers,
        "<work-number>9</work-number><movement-number>2</movement-number>"},
       {With(5, "MV#:3"), numbers, "<movement-number>3</movement-number>"},

@@ -7,56 +7,30 @@
 #include "support/test_support.h"
 
 namespace musedata::test {
-namespace {
 
-// A bar record laid out in its columns: the record name (1-7), the measure
-// number (9-12), footnote (13), level (14) and flags (17 on).
-std::string Bar(const std::string& name, const std::string& number, const std::string& footnote,
-                const std::string& level, const std::string& flags) {
-  std::string record = name;
-  record.resize(8, ' ');
-  record += number;
-  record.resize(12, ' ');
-  record += footnote.empty() ? " " : footnote;
-  record += level.empty() ? " " : level;
-  record += "  " + flags;
-  return record;
-}
-
-}  // namespace
-
+// Bar records carry the measure number in columns 9-12, a footnote in 13, a
+// level in 14 and flags from column 17. Each measure shows as its attributes
+// and the comments it holds.
 TEST(BarLine, NumbersMeasuresFromTheFirstBarLine) {
-  struct Row {
-    const char* name;
-    std::vector<std::string> records;
-    std::string expected;
+  // clang-format off
+  const std::pair<std::vector<std::string>, std::string> rows[] = {
+      // Bar 2 closes a full first measure; "*" makes it non-controlling.
+      {{"@ a", "measure 2       *", "@ b", "measure 3", "@ c"},
+       R"( number="1" non-controlling="yes"<!-- a--> number="2"<!-- b--> number="3"<!-- c-->)"},
+      // Unnumbered bars count on from the first measure, which becomes implicit.
+      {{"@ a", "measure", "@ b", "measure", "@ c"},
+       R"( number="X1" implicit="yes"<!-- a--> number="X2"<!-- b--> number="X3"<!-- c-->)"},
+      // A numbered first bar takes the first measure out of the count.
+      {{"@ a", "measure 1", "@ b", "measure", "@ c"},
+       R"( number="0" implicit="yes"<!-- a--> number="1"<!-- b--> number="X1"<!-- c-->)"},
+      {{"@ a", "measure 12a", "@ b"},
+       R"( number="X1" implicit="yes"<!-- a--> number="12a"<!-- b-->)"},
+      // A measure that holds only its left bar line is kept at the end.
+      {{"@ a", "measure 2       |:"}, R"( number="1"<!-- a--> number="2")"},
   };
-  const std::vector<Row> rows = {
-      {"bar 2 closes a full first measure; * makes it non-controlling",
-       {"@ a", Bar("measure", "2", "", "", "*"), "@ b", "measure 3", "@ c"},
-       R"(<measure number="1" non-controlling="yes"><!-- a--></measure>)"
-       R"(<measure number="2"><!-- b--></measure><measure number="3"><!-- c--></measure>)"},
-      {"unnumbered bars count on from the first measure, which becomes implicit",
-       {"@ a", "measure", "@ b", "measure", "@ c"},
-       R"(<measure number="X1" implicit="yes"><!-- a--></measure><measure number="X2"><!-- b-->)"
-       R"(</measure><measure number="X3"><!-- c--></measure>)"},
-      {"a numbered first bar takes the first measure out of the count",
-       {"@ a", "measure 1", "@ b", "measure", "@ c"},
-       R"(<measure number="0" implicit="yes"><!-- a--></measure><measure number="1"><!-- b-->)"
-       R"(</measure><measure number="X1"><!-- c--></measure>)"},
-      {"a number that is not a whole number is kept as text",
-       {"@ a", "measure 12a", "@ b"},
-       R"(<measure number="X1" implicit="yes"><!-- a--></measure><measure number="12a"><!-- b-->)"
-       R"(</measure>)"},
-      {"a measure that holds only its left bar line is kept at the end",
-       {"@ a", Bar("measure", "2", "", "", "|:")},
-       R"(<measure number="1"><!-- a--></measure><measure number="2"><barline location="left">)"
-       R"(<repeat direction="forward"/></barline></measure>)"},
-  };
-  for (const Row& row : rows) {
-    SCOPED_TRACE(row.name);
-    EXPECT_EQ(PartXml(row.records, "/score-partwise/part/measure"), row.expected);
-  }
+  // clang-format on
+  for (const auto& [records, expected] : rows)
+    EXPECT_EQ(PartXml(records, "//measure/@*|//measure/comment()"), expected) << records[1];
 }
 
 TEST(BarLine, NamesTheBarStyle) {
@@ -74,36 +48,32 @@ TEST(BarLine, NamesTheBarStyle) {
   }
 }
 
+// Each row: the bar record closing measure 1, and the bar lines of the closed
+// measure (right) and of the new one (left).
 TEST(BarLine, PutsFlagsOnTheRightOrLeftBarLine) {
-  struct Row {
-    const char* name;
-    std::string bar;
-    std::string barlines;  // the closed measure's, then the new measure's
+  const std::string fl = "<footnote>f</footnote><level>1</level>";
+  const std::string right = R"(<barline location="right">)";
+  const std::string left = R"(<barline location="left">)";
+  const std::string forward = R"(<repeat direction="forward"/></barline>)";
+  const std::string backward = R"(<repeat direction="backward"/></barline>)";
+  // clang-format off
+  const std::pair<std::string, std::string> rows[] = {
+      {"measure 2       :|:", right + backward + left + forward},
+      // The later ending flag wins.
+      {"measure 2       stop-end1disc-end2",
+       right + R"(<ending number="2" type="discontinue"/></barline>)"},
+      // Marks in their fixed order; unknown flags are ignored.
+      {"measure 2       E:|xF A~", right + R"(<wavy-line type="continue"/><segno/><fermata/>)"
+                                           R"(<fermata type="inverted"/>)" + backward},
+      {"measure 2       %", right + "<segno/></barline>"},
+      // Footnote and level go on the right bar line, and again on an opening left one.
+      {"measure 2   f1", right + fl + "</barline>"},
+      {"measure 2   f1  |:", right + fl + "</barline>" + left + fl + forward},
+      {"measure 2     :|", ""},  // flags are read only from column 17
   };
-  const std::vector<Row> rows = {
-      {"both repeats", Bar("measure", "2", "", "", ":|:"),
-       R"(<barline location="right"><repeat direction="backward"/></barline><barline )"
-       R"(location="left"><repeat direction="forward"/></barline>)"},
-      {"ending discontinue; the later ending flag wins",
-       Bar("measure", "2", "", "", "stop-end1disc-end2"),
-       R"(<barline location="right"><ending number="2" type="discontinue"/></barline>)"},
-      {"marks in their fixed order, unknown flags ignored", Bar("measure", "2", "", "", "E:|xF A~"),
-       R"(<barline location="right"><wavy-line type="continue"/><segno/><fermata/><fermata )"
-       R"(type="inverted"/><repeat direction="backward"/></barline>)"},
-      {"% is a segno too", Bar("measure", "2", "", "", "%"),
-       R"(<barline location="right"><segno/></barline>)"},
-      {"footnote and level without flags", Bar("measure", "2", "f", "1", ""),
-       R"(<barline location="right"><footnote>f</footnote><level>1</level></barline>)"},
-      {"footnote and level again on an opening left bar line", Bar("measure", "2", "f", "1", "|:"),
-       R"(<barline location="right"><footnote>f</footnote><level>1</level></barline><barline )"
-       R"(location="left"><footnote>f</footnote><level>1</level><repeat direction="forward"/>)"
-       R"(</barline>)"},
-      {"flags are read only from column 17", "measure 2     :|", ""},
-  };
-  for (const Row& row : rows) {
-    SCOPED_TRACE(row.name);
-    EXPECT_EQ(PartXml({"measure 1", "@ a", row.bar, "@ b"}, "//barline"), row.barlines);
-  }
+  // clang-format on
+  for (const auto& [bar, barlines] : rows)
+    EXPECT_EQ(PartXml({"measure 1", "@ a", bar, "@ b"}, "//barline"), barlines) << bar;
 }
 
 TEST(BackupForward, MoveTheTimePosition) {

@@ -43,7 +43,8 @@ struct Followed {
   Document document;
 };
 
-Followed Follow(const std::string& text, MusicXML& engine) {
+Followed Follow(const std::string& text) {
+  MusicXML engine;
   Followed followed;
   engine.Loading = [&](int32_t current, int32_t size, bool&) {
     followed.records.push_back(engine.CurrentRecord());
@@ -55,11 +56,6 @@ Followed Follow(const std::string& text, MusicXML& engine) {
   followed.result = engine.Load(std::make_unique<LineSource>("part1.md", text));
   followed.document = engine.XML();
   return followed;
-}
-
-Followed Follow(const std::string& text) {
-  MusicXML engine;
-  return Follow(text, engine);
 }
 
 // The text of every comment node the XPath selects, joined by "|".
@@ -130,17 +126,6 @@ TEST(RecordReader, UnknownRecordsAndEmptyDataAddNothing) {
     EXPECT_TRUE(imported.result);
     EXPECT_EQ(XmlAt(imported.document, "part/*"), "");
   }
-}
-
-TEST(RecordReader, EmptyDataRecordEndsTheLoadWithFalse) {
-  MusicXML engine;
-  const Followed followed = Follow(Part({"$ K:0 Q:4 T:3/4 C:4", "", "@ never read"}), engine);
-  EXPECT_FALSE(followed.result);
-  EXPECT_EQ(followed.records.back(), "");
-  EXPECT_EQ(Comments(followed.document, "//measure/comment()"), "");
-  // The stream stays open, so the host can name the line that stopped the load.
-  EXPECT_EQ(engine.RecordLineNumber(), 14);
-  EXPECT_GT(engine.LineNumber(), 0);
 }
 
 TEST(RecordReader, ProgressCountsEveryRecordAndItsLineEnd) {
