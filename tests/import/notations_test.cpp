@@ -11,19 +11,13 @@
 namespace musedata::test {
 namespace {
 
-// A quarter note of `pitch` with its stem up and `codes` from the first
-// notation column (column 32).
+// A quarter note of `pitch` with its stem up, its sounding tie (column 9),
+// track (15) and `codes` from the first notation column (32).
 std::string Note(std::string_view pitch, std::string_view codes, std::string_view track = "1",
                  std::string_view soundingTie = " ") {
-  return LineBuilder()
-      .Put(1, pitch)
-      .Put(8, "4")
-      .Put(9, soundingTie)
-      .Put(15, track)
-      .Put(17, "q")
-      .Put(23, "u")
-      .Put(32, codes)
-      .Finish();
+  LineBuilder record;
+  record.Put(1, pitch).Put(8, "4").Put(9, soundingTie).Put(15, track).Put(17, "q     u");
+  return record.Put(32, codes).Finish();
 }
 
 // Each row: the codes from column 32 of a C4 quarter note, and the children

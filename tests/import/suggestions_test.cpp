@@ -10,20 +10,12 @@
 namespace musedata::test {
 namespace {
 
-// An eighth note of `step` in octave 4 with its beam codes from column 26 and
-// notation codes from column 32.
+// An eighth note of `step` in octave 4 in track 1, stem up, with its beam
+// codes from column 26 and notation codes from column 32.
 std::string Note(std::string_view step, std::string_view beams = "",
                  std::string_view notations = "") {
-  return LineBuilder()
-      .Put(1, step)
-      .Put(2, "4")
-      .Put(8, "1")
-      .Put(15, "1")
-      .Put(17, "e")
-      .Put(23, "u")
-      .Put(26, beams)
-      .Put(32, notations)
-      .Finish();
+  const std::string record = std::string(step) + "4     1      1 e     u";
+  return LineBuilder().Put(1, record).Put(26, beams).Put(32, notations).Finish();
 }
 
 // A direction with type letters from column 17 and text from column 25.
