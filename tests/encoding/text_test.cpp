@@ -124,8 +124,9 @@ TEST(MuseDataText, FontNumbersSetAttributesAndReadBack) {
   // clang-format off
   const std::tuple<const char*, std::string, const char*> rows[] = {
       {"1", " font-family=\"music\"", "1"}, {"21", " font-family=\"sans-serif\"", "21"},
-      {"22 31 76", serif, "31"}, {"23 32 77", serif + " font-weight=\"bold\"", "32"},
-      {"24 33 69", serif + " font-style=\"italic\"", "33"}, {"35 01 2 210 11 ! -1", "", ""},
+      {"22 25 31 34 37 43 46 61 67 76", serif, "31"},
+      {"23 32 38 44 68 77", serif + " font-weight=\"bold\"", "32"},
+      {"24 33 39 45 69", serif + " font-style=\"italic\"", "33"}, {"35 01 2 210 11 ! -1", "", ""},
   };
   // clang-format on
   Scratch scratch;

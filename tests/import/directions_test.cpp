@@ -42,8 +42,11 @@ TEST(Directions, RecordBecomesOneDirection) {
       {Direction("E", "", "15"), Expected({"<wedge type=\"diminuendo\" spread=\"15\"/>"})},
       {Direction("E"), Expected({"<wedge type=\"start\"/>"})},
       {Direction("H"), Expected({"<dashes type=\"start\"/>"})},
+      {Direction("J"), Expected({"<dashes type=\"stop\"/>"})},
       {Direction("P", "Ped."), Expected({"<pedal type=\"start\"/>"})},  // a type without text
+      {Direction("Q"), Expected({"<pedal type=\"stop\"/>"})},
       {Direction("U", "", "8"), Expected({"<octave-shift type=\"up\" size=\"8\"/>"})},
+      {Direction("V", "", "15"), Expected({"<octave-shift type=\"down\" size=\"15\"/>"})},
       {Direction("W"), Expected({"<octave-shift type=\"stop\"/>"})},
       {Direction("XD", "dolce"), Expected({"<words>dolce</words>"})},  // an unknown letter
       // A wedge or an octave shift in the second column takes the parameter.
@@ -71,8 +74,8 @@ TEST(Directions, RecordBecomesOneDirection) {
 TEST(Directions, DynamicTexts) {
   // clang-format off
   const std::pair<const char*, const char*> rows[] = {
-      {"ff", "<ff/>"}, {"Zp", "<sfp/>"}, {"z", "<other-dynamics>z</other-dynamics>"},
-      {"sf", "<other-dynamics>sf</other-dynamics>"},
+      {"ff", "<ff/>"}, {"mp", "<mp/>"}, {"Z", "<sfz/>"}, {"Zp", "<sfp/>"}, {"R", "<rfz/>"},
+      {"z", "<other-dynamics>z</other-dynamics>"}, {"sf", "<other-dynamics>sf</other-dynamics>"},
   };
   // clang-format on
   for (const auto& [text, dynamic] : rows) {
