@@ -9,12 +9,9 @@
 #include "musedata/converter_error.h"
 #include "support/test_support.h"
 #include "xml/node.h"
-#include "xml/xpath.h"
 
 namespace musedata::test {
 namespace {
-
-constexpr int32_t kCancelled = kErrorBase + 6007;
 
 // Two MuseData part files in a fresh folder.
 struct TwoParts {
@@ -23,54 +20,21 @@ struct TwoParts {
   std::string second = dir.Write("violin2.md", Part({"$ K:0 Q:4 T:4/4 C:4", "E4     4        q"}));
 };
 
-// Runs `action` and returns the ConverterError it raised; fails the test when
-// it raised none.
-ConverterError Raised(const std::function<void()>& action) {
-  try {
-    action();
-  } catch (const ConverterError& error) {
-    return error;
-  }
-  ADD_FAILURE() << "no error was raised";
-  return ConverterError(0, "", "");
-}
-
-TEST(MuseData, NewComponentDefaults) {
-  MuseData component;
-  EXPECT_TRUE(component.CanLoad());
-  EXPECT_TRUE(component.CanSave());
-  EXPECT_FALSE(component.HasOwnXML());
-  EXPECT_FALSE(component.UseOwnXml());
-  EXPECT_FALSE(component.OwnXML());
-  EXPECT_FALSE(component.XML());
-  EXPECT_FALSE(component.CancelError());
-  EXPECT_EQ(component.PartNumber(), 1);
-}
-
 TEST(MuseData, OwnXmlMembersAreRefused) {
-  struct Row {
-    const char* name;
-    std::function<void(MuseData&)> action;
-    uint32_t number;
-    const char* description;
+  const std::pair<std::function<void(MuseData&)>, const char*> rows[] = {
+      {[](MuseData& c) { c.SetOwnXML(InitializeXML(true, "")); },
+       "6074 Verdantix: Setting OwnXML property in MusicXML MuseData converter is not supported"},
+      {[](MuseData& c) { c.SetUseOwnXml(true); },
+       "6075 Verdantix: Setting UseOwnXML property in MusicXML MuseData converter is not "
+       "supported"},
+      {[](MuseData& c) { c.FromOwnXML(); },
+       "6076 Verdantix: FromOwnXML not supported in MusicXML MuseData converter"},
+      {[](MuseData& c) { c.ToOwnXML(); },
+       "6077 Verdantix: ToOwnXML not supported in MusicXML MuseData converter"},
   };
-  const Row rows[] = {
-      {"set OwnXML", [](MuseData& c) { c.SetOwnXML(InitializeXML(true, "")); }, 0x800417BA,
-       "Setting OwnXML property in MusicXML MuseData converter is not supported"},
-      {"let UseOwnXml", [](MuseData& c) { c.SetUseOwnXml(true); }, 0x800417BB,
-       "Setting UseOwnXML property in MusicXML MuseData converter is not supported"},
-      {"FromOwnXML", [](MuseData& c) { c.FromOwnXML(); }, 0x800417BC,
-       "FromOwnXML not supported in MusicXML MuseData converter"},
-      {"ToOwnXML", [](MuseData& c) { c.ToOwnXML(); }, 0x800417BD,
-       "ToOwnXML not supported in MusicXML MuseData converter"},
-  };
-  for (const Row& row : rows) {
-    SCOPED_TRACE(row.name);
+  for (const auto& [action, expected] : rows) {
     MuseData component;
-    const ConverterError error = Raised([&] { row.action(component); });
-    EXPECT_EQ(static_cast<uint32_t>(error.Number()), row.number);
-    EXPECT_EQ(error.Source(), "Verdantix");
-    EXPECT_EQ(error.Description(), row.description);
+    EXPECT_EQ(ErrorOf([&] { action(component); }), expected);
     EXPECT_FALSE(component.UseOwnXml());
     EXPECT_FALSE(component.OwnXML());
   }
@@ -79,6 +43,7 @@ TEST(MuseData, OwnXmlMembersAreRefused) {
 TEST(MuseData, TwoLoadsBuildOneScoreWithTwoParts) {
   const TwoParts files;
   MuseData component;
+  EXPECT_FALSE(component.XML());
   int32_t lastCurrent = 0;
   int32_t lastSize = 0;
   component.Loading = [&](int32_t current, int32_t size, bool&) {
@@ -93,76 +58,60 @@ TEST(MuseData, TwoLoadsBuildOneScoreWithTwoParts) {
 
   ASSERT_TRUE(component.Load(files.second));
   EXPECT_EQ(component.XML(), afterFirst);  // the same document, extended
-  const xml::XPath parts("/score-partwise/part");
-  EXPECT_EQ(parts.Select(xml::Root(component.XML())).size(), 2u);
+  EXPECT_EQ(xml::Root(component.XML()).CountChildren("part"), 2);
   EXPECT_EQ(component.FileName(), "violin2.md");
 }
 
 TEST(MuseData, GroupTypeIsStoredTrimmedAndLowerCased) {
-  const struct {
-    const char* set;
-    const char* read;
-  } rows[] = {
-      {" Parts ", "parts"},
-      {"SCORE", "score"},
-      {"", ""},
-      {"\tSound", "\tsound"},  // only blanks trim
-  };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.set);
+  // Only blanks trim.
+  const std::pair<const char*, const char*> rows[] = {
+      {" Parts ", "parts"}, {"SCORE", "score"}, {"", ""}, {"  ", ""}, {"\tSound", "\tsound"}};
+  for (const auto& [set, read] : rows) {
     MuseData component;
-    component.SetGroupType(row.set);
-    EXPECT_EQ(component.GroupType(), row.read);
+    component.SetGroupType(set);
+    EXPECT_EQ(component.GroupType(), read) << set;
   }
 }
 
 TEST(MuseData, CancellationFromTheLoadingHandler) {
-  const auto cancellation = [](const char* source) {
+  using Handler = MuseData::ProgressEvent;
+  const auto cancellation = [](const char* source) -> Handler {
     return [source](int32_t, int32_t, bool&) {
-      throw ConverterError(kCancelled, source, "Conversion cancelled by the user");
+      throw ConverterError(kErrorBase + 6007, source, "Conversion cancelled by the user");
     };
   };
+  const Handler cancelFlag = [](int32_t, int32_t, bool& cancel) { cancel = true; };
   struct Row {
     const char* name;
-    MuseData::ProgressEvent handler;
+    Handler handler;
     bool cancelError;
-    bool raises;
-    int32_t number;
-    const char* description;
+    const char* error;  // "no error": the load returns false
   };
   const Row rows[] = {
-      {"cancel flag", [](int32_t, int32_t, bool& cancel) { cancel = true; }, false, false, 0, ""},
-      {"cancel flag with CancelError", [](int32_t, int32_t, bool& cancel) { cancel = true; }, true,
-       false, 0, ""},
-      {"cancellation error, CancelError false", cancellation("Verdantix"), false, false, 0, ""},
-      {"cancellation error, CancelError true", cancellation("Verdantix"), true, true, kCancelled,
-       "Conversion cancelled by the user"},
+      {"cancel flag", cancelFlag, false, "no error"},
+      {"cancel flag with CancelError", cancelFlag, true, "no error"},
+      {"cancellation error, CancelError false", cancellation("Verdantix"), false, "no error"},
+      {"cancellation error, CancelError true", cancellation("Verdantix"), true,
+       "6007 Verdantix: Conversion cancelled by the user"},
       // The same number from another source is an ordinary host error: the
       // engine's load reports it as its own failure.
-      {"another source's 6007", cancellation("Host"), false, true, kErrorBase + 6008,
-       "MuseData Load error -2147215497: Conversion cancelled by the user"},
+      {"another source's 6007", cancellation("Host"), false,
+       "6008 Verdantix: MuseData Load error -2147215497: Conversion cancelled by the user"},
       {"host error",
        [](int32_t, int32_t, bool&) { throw ConverterError(1234, "Host", "disk full"); }, false,
-       true, kErrorBase + 6008, "MuseData Load error 1234: disk full"},
+       "6008 Verdantix: MuseData Load error 1234: disk full"},
   };
   for (const Row& row : rows) {
     SCOPED_TRACE(row.name);
     const TwoParts files;
     MuseData component;
-    component.SetCancelError(row.cancelError);
+    if (row.cancelError) component.SetCancelError(true);  // off unless set
     int events = 0;
     component.Loading = [&](int32_t current, int32_t size, bool& cancel) {
       ++events;
       row.handler(current, size, cancel);
     };
-    if (row.raises) {
-      const ConverterError error = Raised([&] { component.Load(files.first); });
-      EXPECT_EQ(error.Number(), row.number);
-      EXPECT_EQ(error.Source(), "Verdantix");
-      EXPECT_EQ(error.Description(), row.description);
-    } else {
-      EXPECT_FALSE(component.Load(files.first));
-    }
+    EXPECT_EQ(ErrorOf([&] { EXPECT_FALSE(component.Load(files.first)); }), row.error);
     EXPECT_EQ(events, 1);  // the first event stops the load
   }
 }
@@ -170,43 +119,24 @@ TEST(MuseData, CancellationFromTheLoadingHandler) {
 TEST(MuseData, SaveWritesNothingUnlessTheWholePartIsWritten) {
   const TwoParts files;
   const std::string target = files.dir.Write("out.md", "a good file\n");
-  struct Row {
-    const char* name;
-    std::function<Document()> score;
-    bool raises;
-  };
-  const Row rows[] = {
-      {"no score", [] { return Document(); }, false},
-      {"timewise score", [] { return InitializeXML(false, ""); }, false},
-      {"loaded score",
-       [&] {
+  const std::pair<std::function<Document()>, const char*> rows[] = {
+      {[] { return Document(); }, "no error"},
+      {[] { return InitializeXML(false, ""); }, "no error"},
+      {[&] {
          MuseData loader;
          EXPECT_TRUE(loader.Load(files.first));
          return loader.XML();
        },
-       true},
+       "6055 Verdantix: MuseData SaveHeader error 5: MuseData export is not available yet"},
   };
-  for (const Row& row : rows) {
-    SCOPED_TRACE(row.name);
+  for (const auto& [score, error] : rows) {
     for (const std::string& path : {target, files.dir.Path() + "/new.md"}) {
       MuseData component;
-      component.SetXML(row.score());
-      if (row.raises) {
-        const ConverterError error = Raised([&] { component.Save(path); });
-        EXPECT_EQ(static_cast<uint32_t>(error.Number()), 0x800417A7u);  // the header writer
-        EXPECT_EQ(error.Source(), "Verdantix");
-        EXPECT_EQ(error.Description(),
-                  "MuseData SaveHeader error 5: MuseData export is not available yet");
-      } else {
-        EXPECT_FALSE(component.Save(path));
-      }
+      component.SetXML(score());
+      EXPECT_EQ(ErrorOf([&] { EXPECT_FALSE(component.Save(path)); }), error);
       // Neither the target nor a temporary file beside it is left behind,
       // even while the component lives on.
-      int entries = 0;
-      for ([[maybe_unused]] const auto& entry :
-           std::filesystem::directory_iterator(files.dir.Path()))
-        ++entries;
-      EXPECT_EQ(entries, 3);
+      EXPECT_EQ(EntriesIn(files.dir.Path()), 3);
     }
     EXPECT_EQ(ReadFile(target), "a good file\n");
   }

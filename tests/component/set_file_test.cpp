@@ -5,22 +5,17 @@
 namespace musedata {
 namespace {
 
-struct SplitPart {
-  std::string name;
-  int32_t firstLine;
-  std::string firstRecord;
-  std::string lastRecord;
-};
-
-std::vector<SplitPart> Split(const std::string& bytes) {
-  std::vector<SplitPart> result;
+// Each part as "<name> @<first line>: <first record>..<last record>", joined by " | ".
+std::string Split(const std::string& bytes) {
+  std::string text;
   for (const auto& source : SplitSetFile("set.msd", bytes, TextEncoding::Auto)) {
-    SplitPart part{source->Name(), source->FirstLineInFile(), std::string(source->ReadLine()), {}};
-    part.lastRecord = part.firstRecord;
-    while (!source->AtEnd()) part.lastRecord = source->ReadLine();
-    result.push_back(part);
+    text += (text.empty() ? "" : " | ") + source->Name() + " @" +
+            std::to_string(source->FirstLineInFile()) + ": " + std::string(source->ReadLine());
+    std::string last;
+    while (!source->AtEnd()) last = source->ReadLine();
+    text += ".." + last;
   }
-  return result;
+  return text;
 }
 
 TEST(SetFile, RecognisedByItsEndOfPartLines) {
@@ -31,43 +26,23 @@ TEST(SetFile, RecognisedByItsEndOfPartLines) {
 }
 
 TEST(SetFile, SplitsPartsWithTheirLinePositions) {
-  struct Case {
-    const char* name;
-    std::string bytes;
-    std::vector<SplitPart> expected;
+  const std::string one = "set.msd part 1 @1: one../END";
+  const std::string two = "set.msd part 2 @4: two../END";
+  const std::pair<std::string, std::string> rows[] = {
+      {"one\n/END\n/eof\ntwo\n/END\n/eof\n//\n", one + " | " + two},
+      // References before the first part are dropped.
+      {"@@@ set reference\n@@@ another\none\n/END\n/eof\n//\n", "set.msd part 1 @3: one../END"},
+      // A comment block naming the part stays with it.
+      {"&\nFILENAME = 01\n&\none\n/END\n/eof\n", "set.msd part 1 @1: &../END"},
+      // Blank lines between parts belong to neither.
+      {"one\n/END\n/eof\n\n   \ntwo\n/END\n/eof\n", one + " | set.msd part 2 @6: two../END"},
+      // A last part without its end-of-part line is kept.
+      {"one\n/END\n/eof\ntwo\n/END\n", one + " | " + two},
+      // Nothing after the set end is read.
+      {"one\n/END\n/eof\n//\nthree\n/END\n/eof\n", one},
+      {"one\r\n/END\r\n/eof\r\n", one},
   };
-  const std::vector<Case> cases = {
-      {"two parts and the set end",
-       "one\n/END\n/eof\ntwo\n/END\n/eof\n//\n",
-       {{"set.msd part 1", 1, "one", "/END"}, {"set.msd part 2", 4, "two", "/END"}}},
-      {"references before the first part are dropped",
-       "@@@ set reference\n@@@ another\none\n/END\n/eof\n//\n",
-       {{"set.msd part 1", 3, "one", "/END"}}},
-      {"a comment block naming the part stays with it",
-       "&\nFILENAME = 01\n&\none\n/END\n/eof\n",
-       {{"set.msd part 1", 1, "&", "/END"}}},
-      {"blank lines between parts are not part of either",
-       "one\n/END\n/eof\n\n   \ntwo\n/END\n/eof\n",
-       {{"set.msd part 1", 1, "one", "/END"}, {"set.msd part 2", 6, "two", "/END"}}},
-      {"a last part without its end-of-part line is kept",
-       "one\n/END\n/eof\ntwo\n/END\n",
-       {{"set.msd part 1", 1, "one", "/END"}, {"set.msd part 2", 4, "two", "/END"}}},
-      {"nothing after the set end is read",
-       "one\n/END\n/eof\n//\nthree\n/END\n/eof\n",
-       {{"set.msd part 1", 1, "one", "/END"}}},
-      {"CR LF line ends", "one\r\n/END\r\n/eof\r\n", {{"set.msd part 1", 1, "one", "/END"}}},
-  };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.name);
-    const std::vector<SplitPart> parts = Split(c.bytes);
-    ASSERT_EQ(parts.size(), c.expected.size());
-    for (size_t i = 0; i < parts.size(); ++i) {
-      EXPECT_EQ(parts[i].name, c.expected[i].name);
-      EXPECT_EQ(parts[i].firstLine, c.expected[i].firstLine);
-      EXPECT_EQ(parts[i].firstRecord, c.expected[i].firstRecord);
-      EXPECT_EQ(parts[i].lastRecord, c.expected[i].lastRecord);
-    }
-  }
+  for (const auto& [bytes, parts] : rows) EXPECT_EQ(Split(bytes), parts) << bytes;
 }
 
 TEST(SetFile, EncodingIsDecidedForTheWholeFile) {
@@ -75,10 +50,8 @@ TEST(SetFile, EncodingIsDecidedForTheWholeFile) {
   // Both must be read as code page 437, so the first part's "\xC3\xA4" is two
   // characters, not one.
   const std::string bytes = "A \xC3\xA4\n/END\n/eof\nH\x84rtel\n/END\n/eof\n";
-  const auto parts = SplitSetFile("set.msd", bytes, TextEncoding::Auto);
-  ASSERT_EQ(parts.size(), 2u);
-  EXPECT_EQ(parts[0]->ReadLine(), "A \u251C\u00F1");
-  EXPECT_EQ(parts[1]->ReadLine(), "H\u00E4rtel");
+  EXPECT_EQ(Split(bytes),
+            "set.msd part 1 @1: A \u251C\u00F1../END | set.msd part 2 @4: H\u00E4rtel../END");
 }
 
 }  // namespace

@@ -4,9 +4,8 @@
 
 #include <limits>
 #include <string>
-#include <tuple>
 
-#include "musedata/converter_error.h"
+#include "support/test_support.h"
 
 namespace musedata {
 namespace {
@@ -21,13 +20,13 @@ TEST(Base40, SplitsIntervalsAndFoldsOnlyTheOctaveBelow) {
     bool isInterval;
     int32_t diatonic, chromatic, octave;
   } rows[] = {
-      {0, true, 0, 0, 0},           {39, true, 7, 11, 0},
-      {40, true, 0, 0, 1},          {46, true, 1, 2, 1},
-      {-5, true, -1, -1, 0},        {-1, true, 0, -1, 0},
-      {-40, true, -7, -12, 0},      {-45, true, 6, 11, -2},
-      {-46, true, 6, 10, -2},       {2, false, 99, 99, 0},
-      {-38, false, 99, 99, -1},     {101, false, 99, 99, 2},
-      {kMax, true, 1, 3, 53687091}, {kMin, false, 99, 99, -53687092},
+      // clang-format off
+      {0, true, 0, 0, 0},       {39, true, 7, 11, 0},    {40, true, 0, 0, 1},
+      {-5, true, -1, -1, 0},    {-1, true, 0, -1, 0},    {-40, true, -7, -12, 0},
+      {-45, true, 6, 11, -2},   {-46, true, 6, 10, -2},  {2, false, 99, 99, 0},
+      {-38, false, 99, 99, -1}, {101, false, 99, 99, 2}, {kMax, true, 1, 3, 53687091},
+      {kMin, false, 99, 99, -53687092},
+      // clang-format on
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.value);
@@ -53,43 +52,26 @@ TEST(Base40, RoundTripsEveryIntervalOverSeveralOctaves) {
   EXPECT_EQ(intervals, 8 * 25);
 }
 
+// The spellings the round trip does not reach: another spelling of a known
+// interval, unknown spellings (0) and the ends of the 32-bit range.
 TEST(Base40, BuildsIntervalsAndRefusesUnknownSpellings) {
   const struct {
     int32_t chromatic, diatonic, octave, expected;
   } rows[] = {
-      {-2, -1, 0, -6},
-      {2, 1, 1, 46},
-      {12, 6, 0, 36},
-      {-1, 0, 0, -1},
-      {11, 7, -1, -1},
-      {-12, -7, 0, -40},
-      {-12, -7, -2, -120},
-      {12, 7, 0, 0},
-      {13, 7, 0, 0},
-      {-13, -8, 0, 0},
-      {2, 0, 0, 0},
-      {2, 3, 0, 0},
-      {0, 0, 53687091, 2147483640},
-      {-12, -7, -53687090, kMin + 8},
+      // clang-format off
+      {11, 7, -1, -1}, {12, 7, 0, 0}, {13, 7, 0, 0}, {-13, -8, 0, 0}, {2, 0, 0, 0}, {2, 3, 0, 0},
+      {0, 0, 53687091, 2147483640}, {-12, -7, -53687090, kMin + 8},
+      // clang-format on
   };
   for (const auto& row : rows) {
     EXPECT_EQ(ConvertToBase40(row.chromatic, row.diatonic, row.octave), row.expected)
         << row.chromatic << ", " << row.diatonic << ", " << row.octave;
   }
-  EXPECT_EQ(ConvertToBase40(1), 1);
-  EXPECT_EQ(ConvertToBase40(7), 0);
-
   // Steps or octaves beyond 32 bits are the writer's own overflow.
-  for (const auto& [chromatic, diatonic, octave] :
-       {std::tuple{-1, kMax, 0}, {0, 0, 53687092}, {-12, -7, -53687091}}) {
-    try {
-      ConvertToBase40(chromatic, diatonic, octave);
-      ADD_FAILURE() << "no overflow for octave " << octave;
-    } catch (const ConverterError& e) {
-      EXPECT_EQ(e.Number(), kErrorBase + 6071);
-      EXPECT_EQ(e.Description(), "MuseData ConvertToBase40 error 6: Overflow");
-    }
-  }
+  const std::string overflow = "6071 Verdantix: MuseData ConvertToBase40 error 6: Overflow";
+  EXPECT_EQ(test::ErrorOf([] { ConvertToBase40(-1, kMax, 0); }), overflow);
+  EXPECT_EQ(test::ErrorOf([] { ConvertToBase40(0, 0, 53687092); }), overflow);
+  EXPECT_EQ(test::ErrorOf([] { ConvertToBase40(-12, -7, -53687091); }), overflow);
 }
 
 TEST(DigitCode, ReadsAndWritesEveryCodeAndNothingElse) {

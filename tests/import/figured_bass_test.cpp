@@ -1,87 +1,58 @@
 #include <gtest/gtest.h>
 
-#include "component/error_codes.h"
-#include "musedata/converter_error.h"
 #include "support/test_support.h"
+#include "xml/xpath.h"
 
 namespace musedata::test {
 namespace {
 
-std::string FiguredBassXml(const std::string& record) {
-  const Imported imported = ImportText(Part({"$ K:0 Q:4 T:4/4 C:22", record}));
+const char* kBass = "$ K:0 Q:4 T:4/4 C:22";
+
+// The figures of a record lasting 4 divisions with `figures` from column 17,
+// each as "(p<prefix> f<figure-number> s<suffix>)" with the elements it has.
+std::string Figures(const std::string& figures) {
+  const Imported imported = ImportText(Part({kBass, "f    4          " + figures}));
   EXPECT_TRUE(imported.result);
-  return XmlAt(imported.document, "/score-partwise/part/measure/figured-bass");
+  EXPECT_EQ(XmlAt(imported.document, "//figured-bass/duration"), "<duration>4</duration>");
+  std::string text;
+  for (const xml::Node figure : xml::XPath("//figure").Select(xml::Root(imported.document))) {
+    std::string parts;
+    for (const xml::Node child : figure.Children())
+      parts += (parts.empty() ? "" : " ") + std::string(child.Name().substr(0, 1)) + child.Text();
+    text += "(" + parts + ")";
+  }
+  return text;
 }
 
 TEST(FiguredBass, FiguresBecomePrefixNumberAndSuffix) {
-  struct Row {
-    const char* name;
-    std::string figures;   // from column 17 of a record lasting 4 divisions
-    std::string expected;  // the figure elements
+  // clang-format off
+  const std::pair<const char*, const char*> rows[] = {
+      {"#10", "(p# f10)"}, {"6#", "(f6 s#)"}, {"10+", "(f10 s+)"},
+      {"+6", "(f+6)"},  // a leading sign makes a whole number
+      // A flat is an empty number, unless a digit stands before it.
+      {"b", "(f)"}, {"b7", "(f)"}, {"#b", "(p# f)"}, {"7b5", "(f7 sb5)"}, {"n6b", "(pn f6 sb)"},
+      // A sign without a number repeats the last suffix, which only a number
+      // without one clears.
+      {"#x", "(p# s)"}, {"5+ #x", "(f5 s+)(p# s+)"}, {"6# 5 #y", "(f6 s#)(f5)(p# s#)"},
+      {"6# #5 #y", "(f6 s#)(p# f5)(p# s)"},
+      {"6  4", "(f6 p s)(f4)"},  // two blanks fill the figure before again
+      {"           ", ""},
   };
-  const Row rows[] = {
-      {"two plain figures", "6 4",
-       "<figure><figure-number>6</figure-number></figure>"
-       "<figure><figure-number>4</figure-number></figure>"},
-      {"a lone sign is a prefix", "#", "<figure><prefix>#</prefix></figure>"},
-      {"prefix before one digit", "#6",
-       "<figure><prefix>#</prefix><figure-number>6</figure-number></figure>"},
-      {"prefix before two digits", "#10",
-       "<figure><prefix>#</prefix><figure-number>10</figure-number></figure>"},
-      {"suffix after one digit", "6#",
-       "<figure><figure-number>6</figure-number><suffix>#</suffix></figure>"},
-      {"suffix after two digits", "10+",
-       "<figure><figure-number>10</figure-number><suffix>+</suffix></figure>"},
-      {"a leading sign makes a whole number", "+6",
-       "<figure><figure-number>+6</figure-number></figure>"},
-      {"a lone flat is an empty number", "b", "<figure><figure-number/></figure>"},
-      {"a flat before a digit is an empty number", "b7", "<figure><figure-number/></figure>"},
-      {"a flat after a digit is a suffix", "7b5",
-       "<figure><figure-number>7</figure-number><suffix>b5</suffix></figure>"},
-      {"a flat after a prefix is an empty number", "#b",
-       "<figure><prefix>#</prefix><figure-number/></figure>"},
-      {"a flat after prefix and digit is a suffix", "n6b",
-       "<figure><prefix>n</prefix><figure-number>6</figure-number><suffix>b</suffix></figure>"},
-      {"a sign without number repeats the last suffix", "5+ #x",
-       "<figure><figure-number>5</figure-number><suffix>+</suffix></figure>"
-       "<figure><prefix>#</prefix><suffix>+</suffix></figure>"},
-      {"a whole number keeps the suffix to repeat", "6# 5 #y",
-       "<figure><figure-number>6</figure-number><suffix>#</suffix></figure>"
-       "<figure><figure-number>5</figure-number></figure>"
-       "<figure><prefix>#</prefix><suffix>#</suffix></figure>"},
-      {"a number without suffix clears the suffix to repeat", "6# #5 #y",
-       "<figure><figure-number>6</figure-number><suffix>#</suffix></figure>"
-       "<figure><prefix>#</prefix><figure-number>5</figure-number></figure>"
-       "<figure><prefix>#</prefix><suffix/></figure>"},
-      {"no suffix to repeat at first", "#x", "<figure><prefix>#</prefix><suffix/></figure>"},
-      {"two blanks fill the figure before again", "6  4",
-       "<figure><figure-number>6</figure-number><prefix/><suffix/></figure>"
-       "<figure><figure-number>4</figure-number></figure>"},
-      {"blank figure columns", "           ", ""},
-  };
-  for (const Row& row : rows) {
-    SCOPED_TRACE(row.name);
-    const std::string record = "f    4          " + row.figures;
-    EXPECT_EQ(FiguredBassXml(record),
-              "<figured-bass>" + row.expected + "<duration>4</duration></figured-bass>");
-  }
+  // clang-format on
+  for (const auto& [figures, expected] : rows) EXPECT_EQ(Figures(figures), expected) << figures;
 }
 
 TEST(FiguredBass, FootnoteAndLevelFollowTheDuration) {
-  EXPECT_EQ(FiguredBassXml("f     12    12  3"),
+  EXPECT_EQ(PartXml({kBass, "f     12    12  3"}, "//figured-bass"),
             "<figured-bass><figure><figure-number>3</figure-number></figure>"
             "<duration>12</duration><footnote>1</footnote><level>2</level></figured-bass>");
 }
 
 TEST(FiguredBass, RecordEndingBeforeTheFiguresIsRefused) {
-  try {
-    ImportText(Part({"$ K:0 Q:4 T:4/4 C:22", "f    4          "}));
-    FAIL() << "a figured-bass record of 16 characters was accepted";
-  } catch (const ConverterError& error) {
-    EXPECT_EQ(error.Number(), kErrorBase + kErrFiguredBass);
-    EXPECT_EQ(error.Source(), kErrorSource);
-    EXPECT_EQ(error.Description(), "No figures in figured bass record");
-  }
+  EXPECT_EQ(ErrorOf([] {
+              ImportText(Part({kBass, "f    4          "}));
+            }),
+            "6029 Verdantix: No figures in figured bass record");
 }
 
 }  // namespace

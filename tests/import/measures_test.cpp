@@ -4,189 +4,109 @@
 #include <utility>
 #include <vector>
 
-#include "musedata/converter_error.h"
 #include "support/test_support.h"
 
 namespace musedata::test {
-namespace {
 
-// A bar record laid out in its columns: the record name (1-7), the measure
-// number (9-12), footnote (13), level (14) and flags (17 on).
-std::string Bar(const std::string& name, const std::string& number, const std::string& footnote,
-                const std::string& level, const std::string& flags) {
-  std::string record = name;
-  record.resize(8, ' ');
-  record += number;
-  record.resize(12, ' ');
-  record += footnote.empty() ? " " : footnote;
-  record += level.empty() ? " " : level;
-  record += "  " + flags;
-  return record;
-}
-
-std::string Measures(const std::vector<std::string>& records) {
-  const Imported imported = ImportText(Part(records));
-  EXPECT_TRUE(imported.result);
-  return XmlAt(imported.document, "/score-partwise/part/measure");
-}
-
-}  // namespace
-
+// Bar records carry the measure number in columns 9-12, a footnote in 13, a
+// level in 14 and flags from column 17. Each measure shows as its attributes
+// and the comments it holds.
 TEST(BarLine, NumbersMeasuresFromTheFirstBarLine) {
-  struct Row {
-    const char* name;
-    std::vector<std::string> records;
-    std::string expected;
+  // clang-format off
+  const std::pair<std::vector<std::string>, std::string> rows[] = {
+      // Bar 2 closes a full first measure; "*" makes it non-controlling.
+      {{"@ a", "measure 2       *", "@ b", "measure 3", "@ c"},
+       R"( number="1" non-controlling="yes"<!-- a--> number="2"<!-- b--> number="3"<!-- c-->)"},
+      // Unnumbered bars count on from the first measure, which becomes implicit.
+      {{"@ a", "measure", "@ b", "measure", "@ c"},
+       R"( number="X1" implicit="yes"<!-- a--> number="X2"<!-- b--> number="X3"<!-- c-->)"},
+      // A numbered first bar takes the first measure out of the count.
+      {{"@ a", "measure 1", "@ b", "measure", "@ c"},
+       R"( number="0" implicit="yes"<!-- a--> number="1"<!-- b--> number="X1"<!-- c-->)"},
+      {{"@ a", "measure 12a", "@ b"},
+       R"( number="X1" implicit="yes"<!-- a--> number="12a"<!-- b-->)"},
+      // A measure that holds only its left bar line is kept at the end.
+      {{"@ a", "measure 2       |:"}, R"( number="1"<!-- a--> number="2")"},
   };
-  const std::vector<Row> rows = {
-      {"bar 1 makes the music before it a pickup numbered 0",
-       {"@ a", "measure 1", "@ b"},
-       R"(<measure number="0" implicit="yes"><!-- a--></measure>)"
-       R"(<measure number="1"><!-- b--></measure>)"},
-      {"bar 2 closes a full first measure; * makes it non-controlling",
-       {"@ a", Bar("measure", "2", "", "", "*"), "@ b", "measure 3", "@ c"},
-       R"(<measure number="1" non-controlling="yes"><!-- a--></measure>)"
-       R"(<measure number="2"><!-- b--></measure><measure number="3"><!-- c--></measure>)"},
-      {"unnumbered bars count on from the first measure, which becomes implicit",
-       {"@ a", "measure", "@ b", "measure", "@ c"},
-       R"(<measure number="X1" implicit="yes"><!-- a--></measure><measure number="X2"><!-- b-->)"
-       R"(</measure><measure number="X3"><!-- c--></measure>)"},
-      {"a numbered first bar takes the first measure out of the count",
-       {"@ a", "measure 1", "@ b", "measure", "@ c"},
-       R"(<measure number="0" implicit="yes"><!-- a--></measure><measure number="1"><!-- b-->)"
-       R"(</measure><measure number="X1"><!-- c--></measure>)"},
-      {"a number that is not a whole number is kept as text",
-       {"@ a", "measure 12a", "@ b"},
-       R"(<measure number="X1" implicit="yes"><!-- a--></measure><measure number="12a"><!-- b-->)"
-       R"(</measure>)"},
-      {"the empty measure after the final bar line is dropped at the end",
-       {"@ a", "measure 2", "@ b", "mheavy2 3"},
-       R"(<measure number="1"><!-- a--></measure><measure number="2"><!-- b--><barline )"
-       R"(location="right"><bar-style>light-heavy</bar-style></barline></measure>)"},
-      {"a measure that holds only its left bar line is kept at the end",
-       {"@ a", Bar("measure", "2", "", "", "|:")},
-       R"(<measure number="1"><!-- a--></measure><measure number="2"><barline location="left">)"
-       R"(<repeat direction="forward"/></barline></measure>)"},
-  };
-  for (const Row& row : rows) {
-    SCOPED_TRACE(row.name);
-    EXPECT_EQ(Measures(row.records), row.expected);
-  }
+  // clang-format on
+  for (const auto& [records, expected] : rows)
+    EXPECT_EQ(PartXml(records, "//measure/@*|//measure/comment()"), expected) << records[1];
 }
 
 TEST(BarLine, NamesTheBarStyle) {
-  const std::vector<std::pair<std::string, std::string>> rows = {
-      {"measure 2", ""},
-      {"mdotted 2", "dotted"},
-      {"mdouble 2", "light-light"},
-      {"mheavy1 2", "heavy"},
-      {"mheavy2", "light-heavy"},
-      {"mheavy3 2", "heavy-light"},
-      {"mheavy4 2", "heavy-heavy"},
-      {"mheavy5 2", ""},
-  };
+  const std::pair<std::string, std::string> rows[] = {{"mdotted 2", "dotted"},
+                                                      {"mdouble 2", "light-light"},
+                                                      {"mheavy1 2", "heavy"},
+                                                      {"mheavy4 2", "heavy-heavy"},
+                                                      {"mheavy5 2", ""}};
   for (const auto& [record, style] : rows) {
-    SCOPED_TRACE(record);
-    const Imported imported = ImportText(Part({"@ a", record, "@ b"}));
-    EXPECT_EQ(XmlAt(imported.document, "//barline"),
+    EXPECT_EQ(PartXml({"@ a", record, "@ b"}, "//barline"),
               style.empty()
                   ? ""
-                  : R"(<barline location="right"><bar-style>)" + style + "</bar-style></barline>");
+                  : R"(<barline location="right"><bar-style>)" + style + "</bar-style></barline>")
+        << record;
   }
 }
 
+// Each row: the bar record closing measure 1, and the bar lines of the closed
+// measure (right) and of the new one (left).
 TEST(BarLine, PutsFlagsOnTheRightOrLeftBarLine) {
-  struct Row {
-    const char* name;
-    std::string bar;
-    std::string barlines;  // the closed measure's, then the new measure's
+  const std::string fl = "<footnote>f</footnote><level>1</level>";
+  const std::string right = R"(<barline location="right">)";
+  const std::string left = R"(<barline location="left">)";
+  const std::string forward = R"(<repeat direction="forward"/></barline>)";
+  const std::string backward = R"(<repeat direction="backward"/></barline>)";
+  // clang-format off
+  const std::pair<std::string, std::string> rows[] = {
+      {"measure 2       :|:", right + backward + left + forward},
+      // The later ending flag wins.
+      {"measure 2       stop-end1disc-end2",
+       right + R"(<ending number="2" type="discontinue"/></barline>)"},
+      // Marks in their fixed order; unknown flags are ignored.
+      {"measure 2       E:|xF A~", right + R"(<wavy-line type="continue"/><segno/><fermata/>)"
+                                           R"(<fermata type="inverted"/>)" + backward},
+      {"measure 2       %", right + "<segno/></barline>"},
+      // Footnote and level go on the right bar line, and again on an opening left one.
+      {"measure 2   f1", right + fl + "</barline>"},
+      {"measure 2   f1  |:", right + fl + "</barline>" + left + fl + forward},
+      {"measure 2     :|", ""},  // flags are read only from column 17
   };
-  const std::vector<Row> rows = {
-      {"backward repeat", Bar("mheavy2", "2", "", "", ":|"),
-       R"(<barline location="right"><bar-style>light-heavy</bar-style>)"
-       R"(<repeat direction="backward"/></barline>)"},
-      {"forward repeat", Bar("measure", "2", "", "", "|:"),
-       R"(<barline location="left"><repeat direction="forward"/></barline>)"},
-      {"both repeats", Bar("measure", "2", "", "", ":|:"),
-       R"(<barline location="right"><repeat direction="backward"/></barline><barline )"
-       R"(location="left"><repeat direction="forward"/></barline>)"},
-      {"ending stop, repeat and the next ending's start",
-       Bar("measure", "2", "", "", "stop-end1 :| start-end2"),
-       R"(<barline location="right"><ending number="1" type="stop"/><repeat direction="backward"/>)"
-       R"(</barline><barline location="left"><ending number="2" type="start"/></barline>)"},
-      {"ending discontinue; the later ending flag wins",
-       Bar("measure", "2", "", "", "stop-end1disc-end2"),
-       R"(<barline location="right"><ending number="2" type="discontinue"/></barline>)"},
-      {"marks in their fixed order, unknown flags ignored", Bar("measure", "2", "", "", "E:|xF A~"),
-       R"(<barline location="right"><wavy-line type="continue"/><segno/><fermata/><fermata )"
-       R"(type="inverted"/><repeat direction="backward"/></barline>)"},
-      {"% is a segno too", Bar("measure", "2", "", "", "%"),
-       R"(<barline location="right"><segno/></barline>)"},
-      {"footnote and level without flags", Bar("measure", "2", "f", "1", ""),
-       R"(<barline location="right"><footnote>f</footnote><level>1</level></barline>)"},
-      {"footnote and level again on an opening left bar line", Bar("measure", "2", "f", "1", "|:"),
-       R"(<barline location="right"><footnote>f</footnote><level>1</level></barline><barline )"
-       R"(location="left"><footnote>f</footnote><level>1</level><repeat direction="forward"/>)"
-       R"(</barline>)"},
-      {"flags are read only from column 17", "measure 2     :|", ""},
-  };
-  for (const Row& row : rows) {
-    SCOPED_TRACE(row.name);
-    const Imported imported = ImportText(Part({"measure 1", "@ a", row.bar, "@ b"}));
-    ASSERT_TRUE(imported.result);
-    EXPECT_EQ(XmlAt(imported.document, "//barline"), row.barlines);
-  }
+  // clang-format on
+  for (const auto& [bar, barlines] : rows)
+    EXPECT_EQ(PartXml({"measure 1", "@ a", bar, "@ b"}, "//barline"), barlines) << bar;
 }
 
 TEST(BackupForward, MoveTheTimePosition) {
-  struct Row {
-    const char* name;
-    std::string record;
-    std::string expected;
-  };
   // Duration in columns 6-8, footnote 13, level 14, voice 15, pass 17, staff 24.
-  const std::vector<Row> rows = {
-      {"backup", "back   6", "<backup><duration>6</duration></backup>"},
-      {"backup with trailing blanks", "back  12      ", "<backup><duration>12</duration></backup>"},
-      {"forward", "irest  4", "<forward><duration>4</duration></forward>"},
-      {"forward with every field", "irest  4    f12 3      2",
+  const std::pair<std::string, std::string> rows[] = {
+      {"back  12      ", "<backup><duration>12</duration></backup>"},
+      {"irest  4    f12 3      2",
        "<forward><duration>4</duration><footnote>f</footnote><level>1</level><voice>2</voice>"
        "<pass-number>3</pass-number><staff>2</staff></forward>"},
-      {"backup has no voice or staff", "back  16    f12 3      2",
+      // A backup has no voice or staff; a pass that is not a digit is dropped.
+      {"back  16    f12 3      2",
        "<backup><duration>16</duration><footnote>f</footnote><level>1</level>"
        "<pass-number>3</pass-number></backup>"},
-      {"a pass that is not a digit is dropped", "irest  4        x",
-       "<forward><duration>4</duration></forward>"},
+      {"irest  4        x", "<forward><duration>4</duration></forward>"},
   };
-  for (const Row& row : rows) {
-    SCOPED_TRACE(row.name);
-    const Imported imported = ImportText(Part({row.record}));
-    ASSERT_TRUE(imported.result);
-    EXPECT_EQ(XmlAt(imported.document, "//backup|//forward"), row.expected);
-  }
+  for (const auto& [record, expected] : rows)
+    EXPECT_EQ(PartXml({record}, "//backup|//forward"), expected) << record;
 }
 
 TEST(BackupForward, OtherRecordsStartingWithBOrIEndTheLoad) {
-  for (const char* record : {"bxyz", "back", "back12", "irst  4", "i"}) {
-    SCOPED_TRACE(record);
-    EXPECT_FALSE(ImportText(Part({"@ a", record, "@ b"})).result);
-  }
+  for (const char* record : {"bxyz", "back", "back12", "irst  4", "i"})
+    EXPECT_EQ(PartXml({"@ a", record, "@ b"}, "/"), "(false)") << record;
 }
 
 TEST(EndRecord, UnknownEndRecordsRaiseTheirOwnError) {
   for (const std::string token : {"FIN", "ENDS", "", "end"}) {
-    SCOPED_TRACE(token);
-    try {
-      ImportText(Header() + "@ a\n/" + token + "\n");
-      ADD_FAILURE() << "no error raised";
-    } catch (const ConverterError& error) {
-      EXPECT_EQ(error.Number(), kErrorBase + 6027);
-      EXPECT_EQ(error.Source(), "Verdantix");
-      EXPECT_EQ(error.Description(), "Unrecognized end-of-file record \"" + token + "\"");
-    }
+    EXPECT_EQ(ErrorOf([&] { ImportText(Header() + "@ a\n/" + token + "\n"); }),
+              "6027 Verdantix: Unrecognized end-of-file record \"" + token + "\"");
   }
 }
 
+// "/END" ends the part whatever follows it; after "/FINE" every line, blank or
+// not, is one comment after the parts.
 TEST(EndRecord, EndWithTrailingTextAndFine) {
   const Imported ended = ImportText(Header() + "@ a\n/END of the part\nnot read\n");
   ASSERT_TRUE(ended.result);
@@ -194,12 +114,12 @@ TEST(EndRecord, EndWithTrailingTextAndFine) {
             R"(<measure number="X1"><!-- a--></measure>)");
 
   const Imported fine = ImportText(
-      Header() + "@ a\nmeasure 1\n/FINE\nthe music ends here\n$ not an attribute\n/END\n");
+      Header() + "@ a\nmeasure 1\n/FINE\nthe music ends here\n\n$ not an attribute\n/END\n");
   ASSERT_TRUE(fine.result);
   EXPECT_EQ(XmlAt(fine.document, "/score-partwise/part/measure"),
             R"(<measure number="0" implicit="yes"><!-- a--></measure>)");
-  EXPECT_EQ(XmlAt(fine.document, "/score-partwise/comment()"),
-            "<!--the music ends here\r\n$ not an attribute\r\n-->");
+  EXPECT_EQ(XmlAt(fine.document, "/score-partwise/part/following-sibling::comment()"),
+            "<!--the music ends here\r\n\r\n$ not an attribute\r\n-->");
 }
 
 }  // namespace musedata::test

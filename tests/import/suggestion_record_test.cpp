@@ -4,7 +4,7 @@
 
 #include <optional>
 #include <string>
-#include <utility>
+#include <tuple>
 
 namespace musedata {
 namespace {
@@ -23,14 +23,9 @@ std::string Describe(const SuggestionRecord& record) {
   return text;
 }
 
+// Each row: the record, its selector, whether it applies here, and its fields.
 TEST(SuggestionRecord, ReadsSelectorFieldsAndCodes) {
-  struct Row {
-    const char* record;
-    const char* selector;
-    bool applies;
-    const char* fields;
-  };
-  const Row rows[] = {
+  const std::tuple<const char*, const char*, bool, const char*> rows[] = {
       {"P C1:X12Y-5", "", true, "1:X12,Y-5"},
       {"P C32:Y -1 0 o", "", true, "32:Y-10,o"},
       {"P  C1:x5   C32:o C33:ab", "", true, "1:x5 | 32:o | 33:a,b"},
@@ -52,27 +47,20 @@ TEST(SuggestionRecord, ReadsSelectorFieldsAndCodes) {
       {"Px C1:X5", "x", false, "1:X5"},
       {"P#<12 C1:X5", "#<12", true, "1:X5"},
   };
-  for (const Row& row : rows) {
-    SCOPED_TRACE(row.record);
-    const SuggestionRecord record = ReadSuggestionRecord(row.record);
-    EXPECT_EQ(record.selector, row.selector);
-    EXPECT_EQ(record.applies, row.applies);
-    EXPECT_EQ(Describe(record), row.fields);
+  for (const auto& [text, selector, applies, fields] : rows) {
+    SCOPED_TRACE(text);
+    const SuggestionRecord record = ReadSuggestionRecord(text);
+    EXPECT_EQ(record.selector, selector);
+    EXPECT_EQ(record.applies, applies);
+    EXPECT_EQ(Describe(record), fields);
   }
 }
 
 TEST(SuggestionRecord, CodeValueNeedsDigitsThatFit) {
-  const std::pair<const char*, std::optional<int64_t>> rows[] = {
-      {"", std::nullopt},
-      {"-", std::nullopt},
-      {"007", 7},
-      {"-12", -12},
-      {"99999999999999999999", std::nullopt},
-  };
-  for (const auto& [number, value] : rows) {
-    SCOPED_TRACE(number);
-    EXPECT_EQ((SuggestionCode{"X", number}.Value()), value);
-  }
+  EXPECT_EQ((SuggestionCode{"X", "007"}.Value()), 7);
+  EXPECT_EQ((SuggestionCode{"X", "-12"}.Value()), -12);
+  for (const char* number : {"", "-", "99999999999999999999"})
+    EXPECT_EQ((SuggestionCode{"X", number}.Value()), std::nullopt) << number;
 }
 
 }  // namespace

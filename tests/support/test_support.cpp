@@ -10,6 +10,7 @@
 #include <stdexcept>
 
 #include "component/music_xml.h"
+#include "component/trap.h"
 #include "xml/xpath.h"
 
 namespace musedata::test {
@@ -36,6 +37,27 @@ std::string ReadFile(const std::string& path) {
   std::ostringstream content;
   content << stream.rdbuf();
   return content.str();
+}
+
+int EntriesIn(const std::string& folder) {
+  int count = 0;
+  for ([[maybe_unused]] const auto& entry : std::filesystem::directory_iterator(folder)) ++count;
+  return count;
+}
+
+std::string ErrorOf(const std::function<void()>& action) {
+  try {
+    action();
+  } catch (const ConverterError& error) {
+    const int64_t offset = int64_t{error.Number()} - kErrorBase;
+    const std::string number = offset >= 0 && offset < 0x10000
+                                   ? std::to_string(offset)
+                                   : "#" + std::to_string(error.Number());
+    return number + " " + error.Source() + ": " + error.Description();
+  } catch (const RunTimeError& error) {
+    return "run-time " + std::to_string(error.Number()) + ": " + error.Description();
+  }
+  return "no error";
 }
 
 ToolRun RunTool(const std::string& where, const std::string& arguments) {
@@ -90,6 +112,14 @@ std::string Part(const std::vector<std::string>& records) {
   std::string text = Header();
   for (const std::string& record : records) text += record + "\n";
   return text + "/END\n";
+}
+
+std::string PartXml(const std::vector<std::string>& records, const char* xpath) {
+  const Imported imported = ImportText(Part(records));
+  if (!imported.result) return "(false)";
+  std::string xml = XmlAt(imported.document, xpath);
+  for (const std::string& warning : imported.warnings) xml += " [warning: " + warning + "]";
+  return xml;
 }
 
 }  // namespace musedata::test

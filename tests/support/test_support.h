@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -24,6 +25,14 @@ class TempDir {
 
 // The whole content of a file.
 std::string ReadFile(const std::string& path);
+
+// How many entries the folder holds.
+int EntriesIn(const std::string& folder);
+
+// What `action` raised, as "<number> <source>: <description>": the number is
+// the offset from kErrorBase for the converter's own range, "#<number>" for any
+// other, "run-time <number>" for a run-time error. "no error" when it returned.
+std::string ErrorOf(const std::function<void()>& action);
 
 // The standard eleven header lines of a MuseData part file, with the given
 // part name and group-membership record, ready for data records to follow.
@@ -62,5 +71,9 @@ std::string XmlAt(const Document& document, const char* xpath);
 // A MuseData part: the standard header followed by `records` (each a line)
 // and "/END".
 std::string Part(const std::vector<std::string>& records);
+
+// Loads Part(records) and gives the XML that `xpath` selects, then
+// " [warning: <text>]" for each warning; "(false)" when the load returned false.
+std::string PartXml(const std::vector<std::string>& records, const char* xpath);
 
 }  // namespace musedata::test
