@@ -16,7 +16,8 @@ std::unique_ptr<LineSource> LineSource::OpenFile(const std::string& path, TextEn
   if (!stream) throw RunTimeError::PathFileAccess();
   std::string bytes;
   const std::uintmax_t size = std::filesystem::file_size(path, status);
-  if (!status && size < std::numeric_limits<size_t>::max()) bytes.reserve(static_cast<size_t>(size));
+  if (!status && size < std::numeric_limits<size_t>::max())
+    bytes.reserve(static_cast<size_t>(size));
   bytes.assign(std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>());
   if (stream.bad()) throw RunTimeError::PathFileAccess();
   const std::string name = std::filesystem::path(path).filename().string();
@@ -39,7 +40,8 @@ std::string_view LineSource::ReadLine() noexcept {
   } else {
     line = std::string_view(m_text).substr(start, end - start);
     m_position = end + 1;
-    if (m_text[end] == '\r' && m_position < m_text.size() && m_text[m_position] == '\n') ++m_position;
+    if (m_text[end] == '\r' && m_position < m_text.size() && m_text[m_position] == '\n')
+      ++m_position;
   }
   ++m_line;
   return line;

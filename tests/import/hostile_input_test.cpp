@@ -41,7 +41,8 @@ TEST(HostileInput, EndsInAResultOrTheConvertersOwnError) {
   };
   const std::vector<Case> cases = {
       {"a 1 MB lyric line", Part({note + "                    " + Repeat("la|", 350'000)})},
-      {"a 2 MB direction of font changes", Part({"*               D       " + Repeat("!32a", 500'000)})},
+      {"a 2 MB direction of font changes",
+       Part({"*               D       " + Repeat("!32a", 500'000)})},
       {"300,000 continuation lines", Part({note, Repeat("a xyz\n", 300'000) + "@ after"})},
       {"200,000 comment toggles", Part({Repeat("&\n", 200'000) + "@ inside"})},
       {"100,000 notes", Part({Repeat(note + "\n", 100'000) + "@ last"})},
@@ -59,8 +60,8 @@ TEST(HostileInput, EndsInAResultOrTheConvertersOwnError) {
         EXPECT_TRUE(imported.document || c.text.empty());
       }
     } catch (const ConverterError& error) {
-      EXPECT_TRUE(IsConvertersOwn(error)) << std::hex << error.Number() << " " << error.Source()
-                                          << ": " << error.Description();
+      EXPECT_TRUE(IsConvertersOwn(error))
+          << std::hex << error.Number() << " " << error.Source() << ": " << error.Description();
     }
   }
 }

@@ -19,8 +19,8 @@ const std::string kData = MUSEDATA_TEST_DATA;
 std::string PartNames(const std::string& xml) {
   std::string names;
   const std::regex partName("<part-name>([^<]*)</part-name>");
-  for (auto it = std::sregex_iterator(xml.begin(), xml.end(), partName); it != std::sregex_iterator();
-       ++it)
+  for (auto it = std::sregex_iterator(xml.begin(), xml.end(), partName);
+       it != std::sregex_iterator(); ++it)
     names += (names.empty() ? "" : "|") + (*it)[1].str();
   return names;
 }
@@ -67,8 +67,9 @@ TEST(Corpus, MessagesNameTheSetFileAndThePart) {
   const size_t line = stopped.find("measure 1", stopped.find("Violino"));
   stopped.replace(line, 9, "");
   folder.Write("stopped.msd", stopped);
-  const int lineNumber =
-      static_cast<int>(std::count(stopped.begin(), stopped.begin() + static_cast<long>(line), '\n')) + 1;
+  const int lineNumber = static_cast<int>(std::count(
+                             stopped.begin(), stopped.begin() + static_cast<long>(line), '\n')) +
+                         1;
   const ToolRun stoppedRun = RunTool(folder.Path(), "import stopped.msd -o out.musicxml");
   EXPECT_EQ(stoppedRun.status, 1);
   EXPECT_NE(stoppedRun.err.find("stopped.msd part 2, line " + std::to_string(lineNumber)),
@@ -117,7 +118,8 @@ TEST(Corpus, BatchConvertsGoodMovementsAndListsBadOnes) {
   EXPECT_FALSE(fs::exists(fs::path(root.Path()) / "out/broken.musicxml"));
   EXPECT_FALSE(fs::exists(fs::path(root.Path()) / "out/.hidden"));
   EXPECT_NE(run.err.find("converted 2 of 3 movements (3 files)"), std::string::npos) << run.err;
-  EXPECT_NE(run.err.find("passed over 1 files that are not MuseData"), std::string::npos) << run.err;
+  EXPECT_NE(run.err.find("passed over 1 files that are not MuseData"), std::string::npos)
+      << run.err;
   EXPECT_NE(run.err.find("musedata: broken/: error 0x00000005 (musedata): No part was loaded"),
             std::string::npos)
       << run.err;
