@@ -14,7 +14,7 @@ DEBIAN_PACKAGES := cmake g++ make libxml2-dev libxml2-utils libgtest-dev libbenc
 FUZZ_PACKAGES := clang libclang-rt-dev
 CMAKE_FLAGS ?=
 
-.PHONY: all build deps demo test test-sanitize install bench fuzz format clean
+.PHONY: all build deps demo test test-sanitize install bench fuzz format check-style clean
 
 all: build
 
@@ -75,6 +75,14 @@ install: build
 
 format:
 	clang-format -i $$(git ls-files '*.cpp' '*.h')
+
+# Style checks: formatting, and no raw libxml2 types outside the XML layer.
+check-style:
+	@command -v clang-format >/dev/null || { [ "$$(id -u)" = 0 ] && \
+	  (apt-get update -qq && DEBIAN_FRONTEND=noninteractive apt-get install -y -qq clang-format >/dev/null); }
+	clang-format --dry-run --Werror $$(git ls-files '*.cpp' '*.h')
+	@if git grep -nE '\bxml(Node|Char|Doc)\b|BAD_CAST' -- src tools ':!src/xml/*'; then \
+	  echo "raw libxml2 types outside src/xml/"; exit 1; fi
 
 clean:
 	rm -rf $(BUILD) $(SANITIZE_BUILD) $(FUZZ_BUILD) $(BENCH_BUILD)
