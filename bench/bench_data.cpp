@@ -105,7 +105,7 @@ std::vector<std::string> CheckPart(const std::string& path) {
 }
 
 std::string PartPath(const std::string& folder, int megabytes) {
-  return folder + "/part-" + std::to_string(megabytes) + "mb.md";
+  return musedata::bench::GeneratedPartStem(folder, std::to_string(megabytes)) + ".md";
 }
 
 }  // namespace

@@ -23,6 +23,8 @@
 #include <string>
 #include <vector>
 
+#include "part_generator.h"
+
 namespace {
 
 struct Measured {
@@ -123,7 +125,7 @@ int main(int argc, char** argv) {
   std::vector<double> secondsPerMegabyte;
   std::vector<double> cpuSecondsPerMegabyte;
   for (int i = 4; i < argc; ++i) {
-    const std::string stem = folder + "/part-" + argv[i] + "mb";
+    const std::string stem = musedata::bench::GeneratedPartStem(folder, argv[i]);
     const std::string input = stem + ".md";
     const std::string output = stem + ".musicxml";
     double megabytes = 0;

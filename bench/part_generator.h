@@ -28,4 +28,10 @@ struct GeneratedPart {
 // of a larger one up to its closing records.
 GeneratedPart GeneratePart(size_t targetBytes, uint64_t seed = kDefaultSeed);
 
+// Where the generated part of `megabytes` MB lives in `folder`, without its
+// ending: ".md" for the part, ".musicxml" for its conversion.
+inline std::string GeneratedPartStem(const std::string& folder, const std::string& megabytes) {
+  return folder + "/part-" + megabytes + "mb";
+}
+
 }  // namespace musedata::bench
