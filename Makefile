@@ -10,7 +10,7 @@ BENCH_RUNS ?= 3
 FUZZ_SECONDS ?= 60
 PREFIX ?= /usr/local
 JOBS ?= $(shell nproc 2>/dev/null || echo 2)
-DEBIAN_PACKAGES := cmake g++ make libxml2-dev libxml2-utils libgtest-dev libbenchmark-dev libcli11-dev
+DEBIAN_PACKAGES := cmake g++ make libxml2-dev libxml2-utils libgtest-dev libbenchmark-dev libcli11-dev libzip-dev
 FUZZ_PACKAGES := clang libclang-rt-dev
 CMAKE_FLAGS ?=
 

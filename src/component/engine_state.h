@@ -155,6 +155,20 @@ struct SuggestionTargets {
   std::string directionRecord;
 };
 
+// What a save keeps while it writes one part as MuseData.
+struct ExportState {
+  xml::Node partList;  // the score's part-list; may be absent
+  xml::Node work;      // the score's work; may be absent
+  // The MuseData track character of each MusicXML voice number that occurs in
+  // the part ("1" to "9", then "A", "B", ...); slot 0 unused, "" for voices
+  // that do not occur.
+  std::vector<std::string> tracks = std::vector<std::string>(17);
+  // The suggestion lines that follow the record being written: print ("P ...")
+  // and sound ("S ..."); empty when the record has none.
+  std::string printSuggestion;
+  std::string soundSuggestion;
+};
+
 // Warnings shown once per load.
 struct WarningFlags {
   bool unknownAttributeShown = false;

@@ -10,6 +10,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "component/atomic_file.h"
 #include "component/engine_state.h"
@@ -106,9 +107,42 @@ class MusicXML {
   // Writes `count` empty lines.
   void WriteBlankLines(int32_t count);
 
-  // ---- Export driver (export/save_driver.cpp) ----
+  // ---- Export driver and header (export/save_driver.cpp, export/header.cpp) ----
   bool SaveHeader(const std::string& FileName, int32_t PartNumber);
   bool SaveData(const std::string& FileName, int32_t PartNumber);
+  // Selects part `PartNumber` into the part table; raises 6066 when absent.
+  xml::Node SelectPart(int32_t PartNumber);
+  // Maps the part's voice numbers densely to MuseData track characters.
+  void InitTracks(xml::Node part);
+  // Columns 13 to 15 (footnote, level, track) for a record made from `element`.
+  std::string SaveVoice(xml::Node element);
+  bool SaveComment(xml::Node comment);
+
+  // ---- Measures, attributes, back and irest (export/measures.cpp, export/attributes.cpp) ----
+  bool SaveMeasure(xml::Node measure, xml::Node pendingBarline, xml::Node leftBarline,
+                   bool firstMeasure);
+  bool SaveAttributes(xml::Node attributes);
+  bool SaveBackupForward(xml::Node element);
+  // A duration for a three-column field: as it stands, or "999" when longer,
+  // with the once-per-conversion warning.
+  std::string FitDuration(std::string_view duration);
+
+  // ---- Notes, notations and lyrics (export/notes.cpp, export/notations.cpp) ----
+  bool SaveNote(xml::Node note);
+  // The 12 notation columns (32 to 43) of a note's `notations` elements.
+  std::string SaveNotations(const std::vector<xml::Node>& notations, bool cautionary,
+                            bool editorial);
+  // Adds the print suggestion group of a notation element's position attributes.
+  void SavePosition(xml::Node element, int32_t column, bool placement, bool orientation);
+  // The lyric text from column 44: verses joined by "|".
+  std::string SaveLyrics(const std::vector<xml::Node>& lyrics);
+
+  // ---- Directions, figured bass, print and sound (export/directions.cpp,
+  //      export/figured_bass.cpp, export/print_sound.cpp) ----
+  bool SaveDirection(xml::Node direction);
+  bool SaveFiguredBass(xml::Node figuredBass);
+  bool SavePrint(xml::Node print);
+  bool SaveSound(xml::Node sound);
 
   // ---- Record reader and comments (import/record_reader.cpp) ----
   bool NextRecord();
@@ -218,6 +252,7 @@ class MusicXML {
   MeasureState m_measure;
   DirectionState m_direction;
   SuggestionTargets m_suggestion;
+  ExportState m_export;
   WarningFlags m_warnings;
   CaughtError m_caught;  // the last error any trap caught
 };

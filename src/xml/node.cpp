@@ -175,6 +175,23 @@ int32_t Node::AttrInt(const char* name, int32_t fallback) const noexcept {
   return value;
 }
 
+std::vector<Node::Attribute> Node::Attributes() const {
+  std::vector<Attribute> attributes;
+  if (!m_node || m_node->type != XML_ELEMENT_NODE) return attributes;
+  for (const xmlAttr* attr = m_node->properties; attr; attr = attr->next) {
+    Attribute attribute{View(attr->name), {}};
+    if (attr->children && attr->children->type == XML_TEXT_NODE && !attr->children->next) {
+      attribute.value = View(attr->children->content);
+    } else if (attr->children) {
+      xmlChar* value = xmlNodeListGetString(m_node->doc, attr->children, 1);
+      if (value) attribute.value = View(value);
+      xmlFree(value);
+    }
+    attributes.push_back(std::move(attribute));
+  }
+  return attributes;
+}
+
 std::string_view Node::Content() const noexcept {
   if (!m_node) return {};
   switch (m_node->type) {

@@ -12,6 +12,7 @@
 #include <iterator>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "musedata/document.h"
 
@@ -61,6 +62,14 @@ class Node {
   bool HasAttr(const char* name) const noexcept;
   // The attribute read as a whole number, or `fallback` when absent or not a number.
   int32_t AttrInt(const char* name, int32_t fallback) const noexcept;
+  // One attribute of an element: its local name and its value.
+  struct Attribute {
+    std::string_view name;
+    std::string value;
+  };
+  // The element's attributes in document order (XPath "@*"); none for an empty
+  // node or one that is not an element.
+  std::vector<Attribute> Attributes() const;
 
   // The character data of a text, CDATA or comment node itself; "" otherwise.
   std::string_view Content() const noexcept;
