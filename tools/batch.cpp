@@ -7,11 +7,14 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <map>
 #include <mutex>
 #include <thread>
 #include <vector>
 
+#include "component/set_file.h"
+#include "component/zip_archive.h"
 #include "musedata/converter_error.h"
 #include "progress_bar.h"
 
@@ -28,46 +31,32 @@ struct Movement {
   uintmax_t bytes = 0;
 };
 
-bool IsDigit(char c) {
-  return std::isdigit(static_cast<unsigned char>(c)) != 0;
-}
-
 std::string Lower(std::string text) {
   std::transform(text.begin(), text.end(), text.begin(),
                  [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
   return text;
 }
 
-// MuseData files carry one of these endings, or none at all.
+// MuseData files carry one of these endings, or none at all; a zip
+// container holds the part files of one movement.
 bool HasMuseDataEnding(const fs::path& path) {
   const std::string ending = Lower(path.extension().string());
   return ending.empty() || ending == ".md" || ending == ".msd" || ending == ".mds" ||
-         ending == ".md2";
+         ending == ".md2" || ending == ".zip";
 }
 
-bool HasLineStarting(const std::string& bytes, std::string_view start) {
-  for (size_t at = 0; at < bytes.size();) {
-    if (bytes.compare(at, start.size(), start) == 0) return true;
-    const size_t end = bytes.find_first_of("\r\n", at);
-    if (end == std::string::npos) break;
-    at = end + 1;
-  }
-  return false;
-}
+enum class FileKind { NoPart, Part, Set, Zip };
 
-enum class FileKind { NotMuseData, Part, Set };
-
-// Decides by content: a set has "/eof" lines; a part has an end record or a
-// group-membership record. A file with a MuseData ending that shows neither
-// is still tried as a part, so that it is reported rather than passed over.
+// Decides by content: a zip container or a file of several parts is a
+// movement of its own, a file of one part is a part of its folder's movement,
+// whether or not it ends with "/eof".
 FileKind Classify(const fs::path& path) {
   std::ifstream stream(path, std::ios::binary);
   const std::string bytes((std::istreambuf_iterator<char>(stream)),
                           std::istreambuf_iterator<char>());
-  if (HasLineStarting(bytes, "/eof")) return FileKind::Set;
-  if (HasLineStarting(bytes, "/END") || HasLineStarting(bytes, "Group memberships"))
-    return FileKind::Part;
-  return path.extension().empty() ? FileKind::NotMuseData : FileKind::Part;
+  if (LooksLikeZip(bytes)) return FileKind::Zip;
+  const size_t parts = SetFileParts(bytes).parts.size();
+  return parts == 0 ? FileKind::NoPart : parts == 1 ? FileKind::Part : FileKind::Set;
 }
 
 bool IsHidden(const fs::path& path) {
@@ -75,8 +64,11 @@ bool IsHidden(const fs::path& path) {
   return !name.empty() && name.front() == '.';
 }
 
+// Files without a MuseData part, by the folder they stand in.
+using PassedOver = std::map<fs::path, std::vector<std::string>>;
+
 std::vector<Movement> FindMovements(const fs::path& input, const fs::path& output,
-                                    size_t& skipped) {
+                                    PassedOver& passedOver) {
   std::map<fs::path, Movement> folders;  // part files by their folder
   std::vector<Movement> movements;
   std::error_code status;
@@ -91,11 +83,11 @@ std::vector<Movement> FindMovements(const fs::path& input, const fs::path& outpu
     if (!entry->is_regular_file(status) || !HasMuseDataEnding(path)) continue;
     const FileKind kind = Classify(path);
     const fs::path relative = fs::relative(path, input, status);
-    if (kind == FileKind::NotMuseData) {
-      ++skipped;
+    if (kind == FileKind::NoPart) {
+      passedOver[relative.parent_path()].push_back(relative.filename().string());
       continue;
     }
-    if (kind == FileKind::Set) {
+    if (kind != FileKind::Part) {
       Movement movement{relative.string(),
                         {path.string()},
                         output / fs::path(relative).replace_extension(".musicxml"),
@@ -123,6 +115,18 @@ std::vector<Movement> FindMovements(const fs::path& input, const fs::path& outpu
   return movements;
 }
 
+// What became of the parts of one movement, or of all.
+struct PartTally {
+  size_t found = 0;
+  size_t loaded = 0;
+  size_t outsideGroup = 0;
+  void Count(PartFate fate) {
+    ++found;
+    if (fate == PartFate::Loaded) ++loaded;
+    if (fate == PartFate::OutsideGroup) ++outsideGroup;
+  }
+};
+
 std::string ErrorLine(const ConverterError& error) {
   char number[16];
   std::snprintf(number, sizeof number, "0x%08X", static_cast<uint32_t>(error.Number()));
@@ -131,37 +135,19 @@ std::string ErrorLine(const ConverterError& error) {
 
 }  // namespace
 
-bool NaturalLess(const std::string& a, const std::string& b) {
-  size_t i = 0;
-  size_t j = 0;
-  while (i < a.size() && j < b.size()) {
-    if (IsDigit(a[i]) && IsDigit(b[j])) {
-      size_t iEnd = i;
-      size_t jEnd = j;
-      while (iEnd < a.size() && IsDigit(a[iEnd])) ++iEnd;
-      while (jEnd < b.size() && IsDigit(b[jEnd])) ++jEnd;
-      std::string_view x(a.data() + i, iEnd - i);
-      std::string_view y(b.data() + j, jEnd - j);
-      while (x.size() > 1 && x.front() == '0') x.remove_prefix(1);
-      while (y.size() > 1 && y.front() == '0') y.remove_prefix(1);
-      if (x.size() != y.size()) return x.size() < y.size();
-      if (x != y) return x < y;
-      i = iEnd;
-      j = jEnd;
-    } else {
-      if (a[i] != b[j]) return a[i] < b[j];
-      ++i;
-      ++j;
-    }
-  }
-  return a.size() - i < b.size() - j;
-}
-
 int RunBatch(const BatchOptions& options) {
   const auto started = std::chrono::steady_clock::now();
-  size_t skipped = 0;
+  PassedOver passedOver;
   const std::vector<Movement> movements =
-      FindMovements(options.inputFolder, options.outputFolder, skipped);
+      FindMovements(options.inputFolder, options.outputFolder, passedOver);
+  size_t skipped = 0;
+  for (const auto& [folder, names] : passedOver) {
+    std::string list;
+    for (const std::string& name : names) list += (list.empty() ? "" : ", ") + name;
+    std::fprintf(stderr, "musedata: warning: %s/: passed over files without a MuseData part: %s\n",
+                 folder.empty() ? "." : folder.string().c_str(), list.c_str());
+    skipped += names.size();
+  }
 
   uintmax_t totalBytes = 0;
   for (const Movement& movement : movements) totalBytes += movement.bytes;
@@ -170,6 +156,7 @@ int RunBatch(const BatchOptions& options) {
   uintmax_t doneBytes = 0;
   size_t converted = 0;
   size_t files = 0;
+  PartTally parts;  // loaded: into the movements converted
   std::vector<std::pair<std::string, std::string>> failures;  // movement, error line
 
   std::atomic<size_t> next{0};
@@ -181,6 +168,8 @@ int RunBatch(const BatchOptions& options) {
       bar.Finish();
       std::fprintf(stderr, "musedata: warning: %s: %s\n", movement.label.c_str(), text.c_str());
     };
+    PartTally tally;
+    import.partCounted = std::bind_front(&PartTally::Count, &tally);
     std::string failure;
     try {
       const ImportResult result = ImportScore(movement.files, import);
@@ -195,9 +184,12 @@ int RunBatch(const BatchOptions& options) {
       failure = ErrorLine(error);
     }
     const std::lock_guard<std::mutex> guard(lock);
+    parts.found += tally.found;
+    parts.outsideGroup += tally.outsideGroup;
     if (failure.empty()) {
       ++converted;
       files += movement.files.size();
+      parts.loaded += tally.loaded;
     } else {
       failures.emplace_back(movement.label, failure);
     }
@@ -218,8 +210,10 @@ bar.Finish();
 const double seconds =
     std::chrono::duration<double>(std::chrono::steady_clock::now() - started).count();
 std::sort(failures.begin(), failures.end());
-std::fprintf(stderr, "musedata: converted %zu of %zu movements (%zu files) in %.2f s", converted,
-             movements.size(), files, seconds);
+std::fprintf(stderr, "musedata: converted %zu of %zu movements (%zu files, %zu of %zu parts",
+             converted, movements.size(), files, parts.loaded, parts.found);
+if (parts.outsideGroup) std::fprintf(stderr, "; %zu outside the group", parts.outsideGroup);
+std::fprintf(stderr, ") in %.2f s", seconds);
 if (skipped) std::fprintf(stderr, "; passed over %zu files that are not MuseData", skipped);
 std::fprintf(stderr, "\n");
 if (!failures.empty()) {

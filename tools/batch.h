@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "component/natural_order.h"
 #include "musedata/score.h"
 
 namespace musedata::tool {
@@ -20,7 +21,7 @@ struct BatchOptions {
 // returns the exit status (2 when any movement failed).
 int RunBatch(const BatchOptions& options);
 
-// Compares names so that "part2" sorts before "part10".
-bool NaturalLess(const std::string& a, const std::string& b);
+// Names sort as people number files: "part2" before "part10".
+using musedata::NaturalLess;
 
 }  // namespace musedata::tool

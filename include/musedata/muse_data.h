@@ -91,6 +91,9 @@ class MuseData : public MusicXMLConverter {
   bool LoadPart(const std::string& name, std::string_view bytes, int32_t firstLineInFile = 1);
   // Whether the last load skipped its part because it is not in the group.
   bool LastLoadSkipped() const noexcept;
+  // Where the "&" comment block that the last load left open began, as a line
+  // of the file; 0 when every block was closed.
+  int32_t UnclosedCommentLine() const noexcept;
 
   TextEncoding Encoding() const noexcept { return m_encoding; }
   void SetEncoding(TextEncoding value) noexcept { m_encoding = value; }

@@ -14,6 +14,13 @@
 
 namespace musedata {
 
+// What became of one part of the inputs.
+enum class PartFate {
+  Loaded,        // it is a part of the score
+  OutsideGroup,  // it does not belong to the wanted group
+  Lost           // no part was made of it: no musical data, an error, or the import ended first
+};
+
 struct ImportOptions {
   // Only files that belong to this group are loaded ("score", "parts",
   // "sound", ...); empty loads every file.
@@ -27,21 +34,29 @@ struct ImportOptions {
       progress;
   // Receives warnings that do not stop the import.
   std::function<void(const std::string& text)> warning;
+  // Told what became of each part found in the inputs, as soon as it is known.
+  std::function<void(PartFate fate)> partCounted;
 };
 
 struct ImportResult {
   // The score; holds every part loaded before the import stopped.
   Document document;
-  // True when every file was read to its end or skipped as not in the group.
+  // True when every part of every file was loaded or skipped as not in the group.
   bool complete = false;
-  // When not complete: the file, the line and why the import stopped.
+  // When not complete: the file, the line and why the import stopped, or
+  // which part was lost and why.
   std::string stoppedAt;
 };
 
-// Loads the MuseData files `paths`, in order, as the parts of one score.
-// Raises ConverterError for a file that cannot be read or a record that cannot
-// be converted; an import that a record or the host ended early is a result
-// with `complete` false.
+// Loads the MuseData files `paths`, in order, as the parts of one score. A
+// set file gives its parts in file order; a zip container gives the files it
+// holds in natural name order, as a folder would. Files that hold no stage-2
+// part (no group-membership record where a header has one) are passed over
+// and named in one warning; every part not loaded is named in a warning with
+// the reason. Raises ConverterError for a file that cannot be read or a record
+// that cannot be converted, its description led by the file, part and line;
+// an import that a record or the host ended early, or that lost a part for
+// any reason but the group, is a result with `complete` false.
 ImportResult ImportScore(const std::vector<std::string>& paths, const ImportOptions& options = {});
 
 struct ExportOptions {

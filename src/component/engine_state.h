@@ -32,6 +32,7 @@ struct ReaderState {
   int32_t headerCommentCount = 0;  // lines by which the header zone is lengthened
   int32_t groupLineCount = 0;      // group records named by the group-membership record
   std::string commentAccumulator;  // the text of the comment block being collected
+  int32_t commentBlockLine = 0;    // where that block began, for the message when it never ends
 };
 
 // The score being built: the document, its parts and where records go.

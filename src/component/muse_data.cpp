@@ -106,6 +106,10 @@ bool MuseData::LastLoadSkipped() const noexcept {
   return moMusicXML->LastLoadSkipped();
 }
 
+int32_t MuseData::UnclosedCommentLine() const noexcept {
+  return moMusicXML->UnclosedCommentLine();
+}
+
 bool MuseData::Save(const std::string& FileName) {
   return TrapConversion(kComponentSave, &moMusicXML->m_caught, m_cancelError, [&] {
     moMusicXML->SetXML(m_xml);

@@ -50,6 +50,11 @@ class MusicXML {
   int32_t RecordLineNumber() const noexcept;
   // Whether the last load skipped its file because it is not in the group.
   bool LastLoadSkipped() const noexcept { return m_group.notInGroup; }
+  // Where the comment block that the last load left open began, in the file's
+  // own line numbers; 0 when every block was closed.
+  int32_t UnclosedCommentLine() const noexcept {
+    return m_reader.inCommentBlock ? m_reader.commentBlockLine : 0;
+  }
   // The name of the input being loaded ("op4.md", or a part of a set file).
   const std::string& FileName() const noexcept { return m_fileName; }
   const std::string& SystemIdentifier() const noexcept { return m_systemIdentifier; }

@@ -1,11 +1,17 @@
 #include "musedata/score.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <optional>
 
 #include "component/atomic_file.h"
+#include "component/natural_order.h"
 #include "component/set_file.h"
+#include "component/trap.h"
+#include "component/zip_archive.h"
+#include "encoding/code_pages.h"
+#include "encoding/record_view.h"
 #include "musedata/converter_error.h"
 #include "musedata/muse_data.h"
 #include "musedata/registry.h"
@@ -52,44 +58,171 @@ int32_t PartCount(const Document& document) {
   return xml::Root(document).CountChildren("part");
 }
 
-// Loads the inputs one part at a time and says what happened to each.
+// Whether a file of a zip container stands for a file of the folder it was
+// made from: not hidden, and not in the folder of resource forks that some
+// archivers add.
+bool IsFolderFile(const ZipEntry& entry) {
+  return !entry.name.starts_with("__MACOSX/") && !entry.name.starts_with(".") &&
+         entry.name.find("/.") == std::string::npos;
+}
+
+std::string LinesText(const LineRange& range) {
+  if (range.first == range.last) return "line " + std::to_string(range.first);
+  return "lines " + std::to_string(range.first) + "-" + std::to_string(range.last);
+}
+
+// Loads the inputs one part at a time and says what became of each part.
 class ScoreImport {
  public:
   ScoreImport(MuseData& component, const ImportOptions& options)
       : m_component(component), m_options(options) {}
 
-  // Loads every part of the file at `path`; false when a part stopped early.
+  // Loads every part of the file at `path`: a part file, a set file or a zip
+  // container of them. False when a load stopped early.
   bool LoadFile(const std::string& path) {
     const std::optional<std::string> bytes = ReadWholeFile(path);
     // A file that cannot be read is reported by the component itself, with
     // the converter's own error for a missing file.
-    if (!bytes) return Loaded(path, m_component.Load(path));
+    if (!bytes) return Judge(path, m_component.Load(path));
     const std::string name = std::filesystem::path(path).filename().string();
-    if (!IsSetFile(*bytes)) return Loaded(name, m_component.LoadPart(name, *bytes));
-    // The parts of a set share one reading of its bytes.
-    m_component.SetEncoding(ResolveEncoding(*bytes, m_options.encoding));
-    int32_t index = 0;
-    bool complete = true;
-    for (const SetFilePart& part : SetFileParts(*bytes)) {
-      const std::string partName = name + " part " + std::to_string(++index);
-      complete = Loaded(partName, m_component.LoadPart(partName, part.bytes, part.firstLine));
-      if (!complete) break;
-    }
-    m_component.SetEncoding(m_options.encoding);
-    if (index == 0) Warn(name + ": a set file without any part");
+    const int32_t found = m_found;
+    const int32_t loaded = m_loaded;
+    const bool complete =
+        LooksLikeZip(*bytes) ? LoadZip(name, *bytes) : LoadMuseData(name, *bytes, m_passedOver);
+    if (complete && m_loaded - loaded < m_found - found)
+      Warn(name + ": " + std::to_string(m_loaded - loaded) + " of " +
+           std::to_string(m_found - found) + " parts loaded");
     return complete;
   }
 
+  // Names the files passed over, in one warning.
+  void WarnPassedOver(std::vector<std::string>& files) {
+    if (files.empty()) return;
+    std::string text = "passed over " + std::to_string(files.size()) +
+                       (files.size() == 1 ? " file" : " files") +
+                       " without a MuseData part (no group-membership record where a header has "
+                       "one): ";
+    for (size_t index = 0; index < files.size(); ++index)
+      text += (index ? ", " : "") + files[index];
+    Warn(text);
+    files.clear();
+  }
+  void WarnPassedOver() { WarnPassedOver(m_passedOver); }
+
+  // When parts were lost: how many, and the first of them with its reason.
+  std::string Losses() const {
+    if (m_lost == 0) return {};
+    return std::to_string(m_lost) + " of " + std::to_string(m_found) +
+           " parts lost: " + m_firstLoss;
+  }
+
  private:
-  bool Loaded(const std::string& name, bool complete) {
-    const int32_t parts = PartCount(m_component.XML());
-    if (complete && m_component.LastLoadSkipped()) {
-      Warn(name + ": not in group \"" + m_component.GroupType() + "\"; skipped");
-    } else if (complete && parts == m_parts) {
-      Warn(name + ": no musical data; no part made");
+  // A zip container stands for the folder it holds.
+  bool LoadZip(const std::string& name, std::string_view bytes) {
+    std::vector<ZipEntry> files = ReadZipArchive(bytes, name);
+    std::erase_if(files, [](const ZipEntry& file) { return !IsFolderFile(file); });
+    std::sort(files.begin(), files.end(),
+              [](const ZipEntry& a, const ZipEntry& b) { return NaturalLess(a.name, b.name); });
+    std::vector<std::string> passedOver;
+    for (const ZipEntry& file : files)
+      if (!LoadMuseData(name + "/" + file.name, file.bytes, passedOver)) return false;
+    WarnPassedOver(passedOver);
+    return true;
+  }
+
+  // Loads the parts of one MuseData file; a file without any joins `passedOver`.
+  bool LoadMuseData(const std::string& name, std::string_view bytes,
+                    std::vector<std::string>& passedOver) {
+    const SetFileLayout layout = SetFileParts(bytes);
+    if (layout.parts.empty()) {
+      passedOver.push_back(name);
+      return true;
     }
-    m_parts = parts;
+    for (const LineRange& range : layout.strayLines)
+      Warn(name + ", " + LinesText(range) + ": outside every part; not read");
+    // The parts of a set share one reading of its bytes.
+    const TextEncoding encoding = ResolveEncoding(bytes, m_options.encoding);
+    m_component.SetEncoding(encoding);
+    std::vector<std::string> labels;
+    while (labels.size() < layout.parts.size())
+      labels.push_back(PartLabel(name, labels.size() + 1, layout.parts, encoding));
+    bool complete = true;
+    size_t index = 0;
+    for (; index < layout.parts.size() && complete; ++index) {
+      const SetFilePart& part = layout.parts[index];
+      m_found = CheckedAdd(m_found, 1);
+      try {
+        complete =
+            Judge(labels[index], m_component.LoadPart(labels[index], part.bytes, part.firstLine));
+      } catch (const ConverterError& error) {
+        Count(PartFate::Lost);
+        NotReached(labels, index + 1);
+        m_component.SetEncoding(m_options.encoding);
+        // Messages name the file a person has, the part in it and the line.
+        throw ConverterError(error.Number(), error.Source(),
+                             Located(labels[index]) + ": " + error.Description());
+      }
+    }
+    NotReached(labels, index);
+    m_component.SetEncoding(m_options.encoding);
     return complete;
+  }
+
+  // "trio.msd part 3 (Basso)" for a part of a set; a part file is its name.
+  static std::string PartLabel(const std::string& name, size_t number,
+                               const std::vector<SetFilePart>& parts, TextEncoding encoding) {
+    if (parts.size() == 1) return name;
+    std::string label = name + " part " + std::to_string(number);
+    const std::string partName = DecodeToUtf8(parts[number - 1].name, encoding);
+    const std::string_view trimmed = Trim(partName);
+    if (!trimmed.empty()) label += " (" + std::string(trimmed) + ")";
+    return label;
+  }
+
+  std::string Located(const std::string& label) const {
+    const int32_t line = m_component.RecordLineNumber();
+    return line > 0 ? label + ", line " + std::to_string(line) : label;
+  }
+
+  // The parts from `first` on, which the import did not reach.
+  void NotReached(const std::vector<std::string>& labels, size_t first) {
+    for (size_t index = first; index < labels.size(); ++index) {
+      m_found = CheckedAdd(m_found, 1);
+      Count(PartFate::Lost);
+      Warn(labels[index] + ": not loaded; the import ended before it");
+    }
+  }
+
+  // Says what became of the part just loaded; `complete` is the load's result.
+  bool Judge(const std::string& label, bool complete) {
+    const int32_t parts = PartCount(m_component.XML());
+    const bool made = parts > m_parts;
+    m_parts = parts;
+    const int32_t unclosed = m_component.UnclosedCommentLine();
+    const std::string openBlock =
+        label + ", line " + std::to_string(unclosed) + ": the comment block that begins here";
+    if (!complete) {
+      Count(PartFate::Lost);
+    } else if (m_component.LastLoadSkipped()) {
+      Warn(label + ": not in group \"" + m_component.GroupType() + "\"; skipped");
+      Count(PartFate::OutsideGroup);
+    } else if (made) {
+      Count(PartFate::Loaded);
+      if (unclosed) Warn(openBlock + " is never closed; the rest of the part is left out");
+    } else {
+      const std::string text = unclosed ? openBlock + " is never closed, so no part was made"
+                                        : label + ": no musical data; no part made";
+      Warn(text);
+      if (m_lost == 0) m_firstLoss = text;
+      m_lost = CheckedAdd(m_lost, 1);
+      Count(PartFate::Lost);
+    }
+    return complete;
+  }
+
+  void Count(PartFate fate) {
+    if (fate == PartFate::Loaded) m_loaded = CheckedAdd(m_loaded, 1);
+    if (m_options.partCounted) m_options.partCounted(fate);
   }
 
   void Warn(const std::string& text) const {
@@ -98,7 +231,12 @@ class ScoreImport {
 
   MuseData& m_component;
   const ImportOptions& m_options;
-  int32_t m_parts = 0;
+  int32_t m_parts = 0;   // parts in the score so far
+  int32_t m_found = 0;   // parts found in the inputs so far
+  int32_t m_loaded = 0;  // of them, parts that the score took
+  int32_t m_lost = 0;    // of them, parts lost other than by the group choice
+  std::string m_firstLoss;
+  std::vector<std::string> m_passedOver;  // input files without any part
 };
 
 }  // namespace
@@ -125,7 +263,10 @@ ImportResult ImportScore(const std::vector<std::string>& paths, const ImportOpti
       return result;
     }
   }
+  import.WarnPassedOver();
   result.document = component->XML();
+  result.stoppedAt = import.Losses();
+  if (!result.stoppedAt.empty()) return result;
   if (PartCount(result.document) == 0) {
     std::string description = "No part was loaded";
     if (!options.groupType.empty()) description += " of group \"" + component->GroupType() + "\"";

@@ -1,32 +1,39 @@
 #include "component/set_file.h"
 
+#include <algorithm>
+
 #include "encoding/code_pages.h"
 
 namespace musedata {
 namespace {
 
-// Walks the physical lines of raw bytes, with the same line ends as LineSource.
-class ByteLines {
- public:
-  explicit ByteLines(std::string_view bytes) : m_bytes(bytes) {}
-  bool AtEnd() const noexcept { return m_position >= m_bytes.size(); }
-  size_t Position() const noexcept { return m_position; }
-  std::string_view Next() noexcept {
-    const size_t start = m_position;
-    const size_t end = m_bytes.find_first_of("\r\n", start);
-    if (end == std::string_view::npos) {
-      m_position = m_bytes.size();
-      return m_bytes.substr(start);
-    }
-    m_position = end + 1;
-    if (m_bytes[end] == '\r' && m_position < m_bytes.size() && m_bytes[m_position] == '\n')
-      ++m_position;
-    return m_bytes.substr(start, end - start);
-  }
+// Record 11 of a part's header; ten header records come before it, and the
+// part name is the second of them counting back.
+constexpr std::string_view kGroupMemberships = "group memberships";
+constexpr int kRecordsBeforeGroupMemberships = 10;
+constexpr int kPartNameRecordBack = 2;
 
- private:
-  std::string_view m_bytes;
-  size_t m_position = 0;
+// What a physical line is to the layout of a set, read as the record reader
+// reads a part from its first line.
+enum class LineRole {
+  Record,       // a header or data record, empty lines included
+  Comment,      // an "@" line, or a line of an "&" comment block with its toggles
+  EndOfData,    // "/END": the last record of a part
+  BetweenParts  // "/eof" or "//": never part of a part
+};
+
+struct Line {
+  std::string_view text;
+  size_t start = 0;  // where the line starts in the file
+  size_t next = 0;   // where the line after it starts
+  LineRole role = LineRole::Record;
+  bool closesOpenBlock = false;  // an end line reached inside a comment block
+};
+
+// What a part is found by.
+struct Anchor {
+  size_t line = 0;         // its group-membership record, or its "/END" when swallowed
+  bool swallowed = false;  // its header is inside a comment block that was never closed
 };
 
 std::string_view WithoutTrailingBlanks(std::string_view line) {
@@ -34,67 +41,169 @@ std::string_view WithoutTrailingBlanks(std::string_view line) {
   return line;
 }
 
-bool IsEndOfPart(std::string_view line) {
-  return WithoutTrailingBlanks(line) == "/eof";
+// "/END" as the end record reads it: the word in columns 2 to 5, then
+// anything after a blank.
+bool IsEndOfData(std::string_view line) {
+  return line.substr(0, 4) == "/END" && (line.size() == 4 || line[4] == ' ');
 }
-bool IsEndOfSet(std::string_view line) {
-  return WithoutTrailingBlanks(line) == "//";
+
+bool IsBetweenParts(std::string_view line) {
+  const std::string_view text = WithoutTrailingBlanks(line);
+  return text == "/eof" || text == "//";
 }
-bool IsSetReference(std::string_view line) {
-  return line.substr(0, 3) == "@@@";
+
+bool IsGroupMemberships(std::string_view line) {
+  if (line.size() < kGroupMemberships.size()) return false;
+  return std::equal(
+      kGroupMemberships.begin(), kGroupMemberships.end(), line.begin(), [](char wanted, char c) {
+        return wanted == (c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c);
+      });
+}
+
+// The physical lines of the file with their roles. A comment block runs from
+// one "&" line to the next. "/END", "/eof" and "//" close the part they stand
+// in, so a block that a damaged toggle line left open ends there too, as the
+// reader of that part ends there.
+std::vector<Line> ReadLines(std::string_view bytes) {
+  constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+  std::vector<Line> lines;
+  bool inBlock = false;
+  size_t position = 0;
+  while (position < bytes.size()) {
+    Line line;
+    line.start = position;
+    const size_t end = bytes.find_first_of("\r\n", position);
+    if (end == std::string_view::npos) {
+      line.text = bytes.substr(position);
+      position = bytes.size();
+    } else {
+      line.text = bytes.substr(position, end - position);
+      position = end + 1;
+      if (bytes[end] == '\r' && position < bytes.size() && bytes[position] == '\n') ++position;
+    }
+    line.next = position;
+    if (line.start == 0 && line.text.starts_with(kByteOrderMark))
+      line.text.remove_prefix(kByteOrderMark.size());
+    const char first = line.text.empty() ? '\0' : line.text.front();
+    if (IsEndOfData(line.text) || IsBetweenParts(line.text)) {
+      line.role = IsEndOfData(line.text) ? LineRole::EndOfData : LineRole::BetweenParts;
+      line.closesOpenBlock = inBlock;
+      inBlock = false;
+    } else if (inBlock || first == '&' || first == '@') {
+      line.role = LineRole::Comment;
+      if (first == '&') inBlock = !inBlock;
+    }
+    lines.push_back(line);
+  }
+  return lines;
+}
+
+constexpr size_t kNone = SIZE_MAX;
+
+struct HeaderStart {
+  size_t first = 0;     // the first line of the part
+  size_t name = kNone;  // the part-name record, if the header has one
+};
+
+// Counts back from the group-membership record at `anchor` to record 1, not
+// below `bound`, then takes in the comment lines just before record 1.
+HeaderStart FindHeaderStart(const std::vector<Line>& lines, size_t anchor, size_t bound) {
+  HeaderStart start{anchor, kNone};
+  int records = 0;
+  for (size_t index = anchor; index > bound && records < kRecordsBeforeGroupMemberships;) {
+    --index;
+    if (lines[index].role == LineRole::Comment) continue;
+    if (lines[index].role != LineRole::Record) break;
+    start.first = index;
+    if (++records == kPartNameRecordBack) start.name = index;
+  }
+  while (start.first > bound && lines[start.first - 1].role == LineRole::Comment) --start.first;
+  return start;
+}
+
+bool IsBlank(std::string_view line) {
+  return WithoutTrailingBlanks(line).empty();
+}
+
+// Where a part begins: counted back from its group-membership record, or, for
+// a part whose header is inside a comment block, its first line with text.
+HeaderStart FindStart(const std::vector<Line>& lines, Anchor anchor, size_t bound) {
+  if (!anchor.swallowed) return FindHeaderStart(lines, anchor.line, bound);
+  HeaderStart start{bound, kNone};
+  while (start.first < anchor.line && lines[start.first].role != LineRole::Comment) ++start.first;
+  // The part name still stands two lines above the group-membership record.
+  for (size_t index = start.first + kPartNameRecordBack; index < anchor.line; ++index)
+    if (IsGroupMemberships(lines[index].text)) start.name = index - kPartNameRecordBack;
+  return start;
+}
+
+// Lines with text in [first, last) that no part took.
+void AddStrayLines(const std::vector<Line>& lines, size_t first, size_t last,
+                   std::vector<LineRange>& stray) {
+  for (size_t index = first; index < last; ++index) {
+    if (lines[index].role != LineRole::Record || IsBlank(lines[index].text)) continue;
+    const int32_t number = static_cast<int32_t>(index) + 1;
+    if (!stray.empty() && stray.back().last == number - 1) {
+      stray.back().last = number;
+    } else {
+      stray.push_back({number, number});
+    }
+  }
 }
 
 }  // namespace
 
-bool IsSetFile(std::string_view bytes) noexcept {
-  ByteLines lines(bytes);
-  while (!lines.AtEnd())
-    if (IsEndOfPart(lines.Next())) return true;
-  return false;
-}
-
-std::vector<SetFilePart> SetFileParts(std::string_view bytes) {
-  std::vector<SetFilePart> parts;
-  ByteLines lines(bytes);
-  int32_t lineNumber = 0;
-  size_t partStart = 0;
-  size_t partEnd = 0;
-  int32_t partFirstLine = 1;
-  bool atSetStart = true;
-  bool partHasText = false;
-  const auto startPartAfter = [&](int32_t line) {
-    partStart = lines.Position();
-    partFirstLine = line + 1;
-    partHasText = false;
-  };
-  while (!lines.AtEnd()) {
-    const size_t lineStart = lines.Position();
-    const std::string_view line = lines.Next();
-    ++lineNumber;
-    if (atSetStart && IsSetReference(line)) {
-      // References to the set as a whole belong to no part.
-      startPartAfter(lineNumber);
-      continue;
+SetFileLayout SetFileParts(std::string_view bytes) {
+  const std::vector<Line> lines = ReadLines(bytes);
+  // Each part's group-membership record; and the "/END" of a part whose
+  // header a comment block swallowed (its closing toggle damaged), so that
+  // such a part is still found and its reader can say where the block began.
+  std::vector<Anchor> anchors;
+  bool anchored = false;  // since the last line between parts
+  for (size_t index = 0; index < lines.size(); ++index) {
+    const Line& line = lines[index];
+    if (line.role == LineRole::Record && IsGroupMemberships(line.text)) {
+      anchors.push_back({index, false});
+      anchored = true;
+    } else if (line.role == LineRole::EndOfData || line.role == LineRole::BetweenParts) {
+      if (line.closesOpenBlock && !anchored) anchors.push_back({index, true});
+      anchored = false;
     }
-    atSetStart = false;
-    if (IsEndOfSet(line)) break;
-    if (!partHasText && WithoutTrailingBlanks(line).empty()) {
-      // Blank lines between parts would shift the part's header records.
-      startPartAfter(lineNumber);
-      continue;
-    }
-    if (!IsEndOfPart(line)) {
-      partHasText = true;
-      partEnd = lines.Position();
-      continue;
-    }
-    if (partHasText)
-      parts.push_back({bytes.substr(partStart, lineStart - partStart), partFirstLine});
-    startPartAfter(lineNumber);
   }
-  // A last part that lacks its "/eof" is still a part: nothing is dropped.
-  if (partHasText) parts.push_back({bytes.substr(partStart, partEnd - partStart), partFirstLine});
-  return parts;
+
+  SetFileLayout layout;
+  size_t bound = 0;  // the first line that no part has taken
+  for (size_t part = 0; part < anchors.size(); ++part) {
+    const Anchor anchor = anchors[part];
+    const HeaderStart start = FindStart(lines, anchor, bound);
+    // The part runs to its "/END", or stops before "/eof" or "//", or before
+    // the next part's header when neither comes first.
+    const size_t nextAnchor = part + 1 < anchors.size() ? anchors[part + 1].line : lines.size();
+    size_t end = anchor.line + 1;
+    bool ended = anchor.swallowed;
+    bool closed = ended;  // by "/END", "/eof" or "//"
+    while (end < nextAnchor && !closed) {
+      ended = lines[end].role == LineRole::EndOfData;
+      closed = ended || lines[end].role == LineRole::BetweenParts;
+      if (!closed || ended) ++end;
+    }
+    if (!closed && part + 1 < anchors.size())
+      end = std::min(end, FindStart(lines, anchors[part + 1], anchor.line + 1).first);
+    // Blank lines after a part without "/END" are not records of it.
+    if (!ended)
+      while (end > anchor.line + 1 && IsBlank(lines[end - 1].text)) --end;
+
+    AddStrayLines(lines, bound, start.first, layout.strayLines);
+    const size_t byteEnd = end < lines.size() ? lines[end].start : bytes.size();
+    SetFilePart found;
+    found.bytes = bytes.substr(lines[start.first].start, byteEnd - lines[start.first].start);
+    found.firstLine = static_cast<int32_t>(start.first) + 1;
+    if (start.name != kNone) found.name = lines[start.name].text;
+    layout.parts.push_back(found);
+    bound = end;
+  }
+  if (!anchors.empty()) AddStrayLines(lines, bound, lines.size(), layout.strayLines);
+  return layout;
 }
 
 std::vector<std::unique_ptr<LineSource>> SplitSetFile(const std::string& fileName,
@@ -103,7 +212,7 @@ std::vector<std::unique_ptr<LineSource>> SplitSetFile(const std::string& fileNam
   // One decision for the whole file, so that every part reads its bytes alike.
   encoding = ResolveEncoding(bytes, encoding);
   std::vector<std::unique_ptr<LineSource>> sources;
-  for (const SetFilePart& part : SetFileParts(bytes)) {
+  for (const SetFilePart& part : SetFileParts(bytes).parts) {
     auto source = std::make_unique<LineSource>(
         fileName + " part " + std::to_string(sources.size() + 1), part.bytes, encoding);
     source->SetFirstLineInFile(part.firstLine);

@@ -1,9 +1,14 @@
 #pragma once
 
-// MuseData set files: a whole movement in one file. A set may open with
-// reference lines ("@@@..."); each part (often after a comment block naming
-// it) ends with "/END" and a line "/eof"; the set ends with a line "//".
+// The parts of a MuseData file. A part file holds one part; a set file holds
+// a whole movement, one part after another. Published sets are laid out in
+// many ways: "@@@" reference lines before the first part, a comment block
+// naming each part, "/END" alone or "/END" and "/eof" after each part, "@"
+// lines or blank lines between parts, "//" at the end. What they share is the
+// part's header: eleven records (comment lines not counted), the eleventh
+// being "Group memberships:". Parts are found by that record.
 
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -13,22 +18,41 @@
 
 namespace musedata {
 
-// Whether `bytes` hold a set file: some line reads "/eof".
-bool IsSetFile(std::string_view bytes) noexcept;
-
-// One part of a set file: its bytes and where they start in the file.
+// One part of a MuseData file.
 struct SetFilePart {
-  std::string_view bytes;
-  int32_t firstLine = 1;
+  std::string_view bytes;  // from its first header record (or the comments before it) to "/END"
+  int32_t firstLine = 1;   // where those bytes start in the file
+  std::string_view name;   // the part-name record as it stands in the file; empty when missing
 };
 
-// The parts of a set file, in order, without the set's reference lines, the
-// blank lines between parts and their "/eof" lines.
-std::vector<SetFilePart> SetFileParts(std::string_view bytes);
+// Physical lines of a file, from `first` to `last`, counted from 1.
+struct LineRange {
+  int32_t first = 0;
+  int32_t last = 0;
+};
 
-// The parts of a set file, in order, each a source of its own named
+// What a MuseData file holds.
+struct SetFileLayout {
+  // Every part, in file order; none when the file has no group-membership
+  // record where a header would put one (not stage-2 MuseData).
+  std::vector<SetFilePart> parts;
+  // Lines with text that belong to no part and are neither blank nor the
+  // comments, "/eof" and "//" lines that may stand between parts.
+  std::vector<LineRange> strayLines;
+};
+
+// Finds the parts of the MuseData file `bytes`. Each part's header starts at
+// the record ten header records before its "Group memberships:" record,
+// counting back over "@" lines and "&" comment blocks as the record reader
+// counts them forward; the "@" lines and comment blocks just before that
+// record (the block that names the part, say) go with the part. A part ends
+// at its "/END"; a part without one ends before a "/eof" or "//" line, or
+// where the next part begins.
+SetFileLayout SetFileParts(std::string_view bytes);
+
+// The parts of a MuseData file, in order, each a source of its own named
 // "<fileName> part <n>" that reports line numbers of the whole file. The
-// encoding is decided once for the whole file. A set without any part gives
+// encoding is decided once for the whole file. A file without any part gives
 // no sources.
 std::vector<std::unique_ptr<LineSource>> SplitSetFile(const std::string& fileName,
                                                       std::string_view bytes,

@@ -148,6 +148,7 @@ bool MusicXML::ParseCommentToggle() {
   return Trap(kParseCommentToggle, &m_caught, [&] {
     m_reader.inCommentBlock = true;
     m_reader.commentAccumulator = "\r\n";
+    m_reader.commentBlockLine = RecordLineNumber();
     return true;
   });
 }

@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <regex>
 
+#include "component/zip_archive.h"
 #include "support/test_support.h"
 
 namespace musedata::test {
@@ -25,6 +26,12 @@ std::string PartNames(const std::string& xml) {
   return names;
 }
 
+// The line of the file that holds the byte at `offset`, from 1.
+std::string LineOf(const std::string& text, size_t offset) {
+  return std::to_string(std::count(text.begin(), text.begin() + static_cast<long>(offset), '\n') +
+                        1);
+}
+
 TEST(Corpus, SetFileLoadsItsPartsInGroupOrder) {
   struct Case {
     const char* group;
@@ -32,7 +39,8 @@ TEST(Corpus, SetFileLoadsItsPartsInGroupOrder) {
     const char* warning;  // a skipped part is named
   };
   const Case cases[] = {
-      {"", "Violino|Flauto|Basso", "trio.msd part 3: not in group \"score\"; skipped"},
+      {"", "Violino|Flauto|Basso",
+       "trio.msd part 3 (Organo (realisation)): not in group \"score\"; skipped"},
       {"-g score", "Violino|Flauto|Basso", "trio.msd part 3"},
       {"-g sound", "Violino|Flauto|Basso|Organo (realisation)", ""},
       {"-g ''", "Basso|Violino|Organo (realisation)|Flauto", ""},
@@ -58,7 +66,9 @@ TEST(Corpus, MessagesNameTheSetFileAndThePart) {
   folder.Write("broken.msd", set);
   const ToolRun run = RunTool(folder.Path(), "import broken.msd -o out.musicxml");
   EXPECT_EQ(run.status, 2);
-  EXPECT_NE(run.err.find("Unrecognized end-of-file record \"FIN \""), std::string::npos) << run.err;
+  const std::string at = "broken.msd part 2 (Violino), line " + LineOf(set, firstNote) + ": ";
+  EXPECT_NE(run.err.find(at + "Unrecognized end-of-file record \"FIN \""), std::string::npos)
+      << run.err;
   EXPECT_FALSE(fs::exists(folder.Path() + "/out.musicxml"));
 
   // An empty line in the musical data stops the load; the message gives the
@@ -67,14 +77,72 @@ TEST(Corpus, MessagesNameTheSetFileAndThePart) {
   const size_t line = stopped.find("measure 1", stopped.find("Violino"));
   stopped.replace(line, 9, "");
   folder.Write("stopped.msd", stopped);
-  const int lineNumber = static_cast<int>(std::count(
-                             stopped.begin(), stopped.begin() + static_cast<long>(line), '\n')) +
-                         1;
   const ToolRun stoppedRun = RunTool(folder.Path(), "import stopped.msd -o out.musicxml");
   EXPECT_EQ(stoppedRun.status, 1);
-  EXPECT_NE(stoppedRun.err.find("stopped.msd part 2, line " + std::to_string(lineNumber)),
+  EXPECT_NE(stoppedRun.err.find("stopped.msd part 2 (Violino), line " + LineOf(stopped, line)),
             std::string::npos)
       << stoppedRun.err;
+  // The parts after it are named as not loaded.
+  EXPECT_NE(stoppedRun.err.find("stopped.msd part 4 (Flauto): not loaded"), std::string::npos)
+      << stoppedRun.err;
+}
+
+// Set files as they are published: four parts split by "/END" alone with "@"
+// lines between, one part with empty rights lines closed by "/eof", and a set
+// whose second part a damaged comment toggle turned into a comment.
+TEST(Corpus, PublishedShapesKeepEveryPart) {
+  const TempDir folder;
+  const std::string solo = ReadFile(kData + "/sets/solo.md");
+  folder.Write("solo-plain.md", solo.substr(0, solo.rfind("/eof")));
+  const struct {
+    std::string where;
+    const char* file;
+    int status;
+    const char* names;
+    const char* err;  // all of standard error, or a part of it when the run fails
+  } rows[] = {
+      {kData + "/sets", "quartet.msd", 0, "Violino I|Violino II|Viola|Violoncello", ""},
+      {kData + "/sets", "solo.md", 0, "Flauto solo", ""},
+      {folder.Path(), "solo-plain.md", 0, "Flauto solo", ""},
+      {kData + "/sets", "toggle.msd", 1, "",
+       "musedata: warning: toggle.msd part 2 (Violino II), line 25: the comment block that "
+       "begins here is never closed, so no part was made\n"},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.file);
+    const ToolRun run = RunTool(row.where, std::string("import ") + row.file);
+    EXPECT_EQ(run.status, row.status);
+    EXPECT_EQ(PartNames(run.out), row.names);
+    if (row.status == 0) {
+      EXPECT_EQ(run.err, row.err);
+    } else {
+      EXPECT_EQ(run.err.find(row.err), 0u) << run.err;
+      EXPECT_NE(run.err.find("1 of 3 parts lost"), std::string::npos) << run.err;
+    }
+  }
+  // A part file and the same part closed by "/eof" are one score.
+  EXPECT_EQ(RunTool(kData + "/sets", "import solo.md").out,
+            RunTool(folder.Path(), "import solo-plain.md").out);
+}
+
+// A zip of part files reads as the folder it holds; files beside them that
+// hold no part are named in one warning.
+TEST(Corpus, ZipOfPartFilesIsItsFolder) {
+  const TempDir folder;
+  std::vector<ZipEntry> entries;
+  for (const char* name : {"03-organo.md", "01-soprano.md", "02-violino.md"})
+    entries.push_back({std::string("aria/") + name, ReadFile(kData + "/movement/" + name)});
+  entries.push_back({"aria/stage1/01", "A4    4  q\nB4    4  q\n/END\n"});
+  entries.push_back({"__MACOSX/aria/._01-soprano.md", "resource fork"});
+  folder.Write("aria.zip", MakeZipArchive(entries, false));
+
+  const ToolRun zip = RunTool(folder.Path(), "import aria.zip");
+  const ToolRun movement = RunTool(kData, "import movement");
+  ASSERT_EQ(zip.status, 0) << zip.err;
+  EXPECT_EQ(zip.out, movement.out);
+  EXPECT_EQ(zip.err,
+            "musedata: warning: passed over 1 file without a MuseData part (no group-membership "
+            "record where a header has one): aria.zip/aria/stage1/01\n");
 }
 
 TEST(Corpus, CodePage437AndUtf8GiveTheSameScore) {
@@ -103,28 +171,36 @@ TEST(Corpus, BatchConvertsGoodMovementsAndListsBadOnes) {
   fs::create_directories(in / "bach" / "mov1");
   fs::create_directories(in / "sets");
   fs::create_directories(in / "broken");
+  fs::create_directories(in / "zips");
   fs::create_directories(in / ".hidden");
   fs::copy(kData + "/sets/trio.msd", in / "sets" / "trio.msd");
+  fs::copy(kData + "/sets/toggle.msd", in / "sets" / "toggle.msd");
+  // Part files of one folder are one movement, whether or not one ends with "/eof".
   fs::copy(kData + "/encodings/muller-utf8.md", in / "bach" / "mov1" / "01");
-  fs::copy(kData + "/encodings/muller-cp437.md", in / "bach" / "mov1" / "02.md");
+  root.Write("in/bach/mov1/02.md", ReadFile(kData + "/encodings/muller-cp437.md") + "/eof\n");
+  std::vector<ZipEntry> aria;
+  for (const char* name : {"01-soprano.md", "02-violino.md", "03-organo.md"})
+    aria.push_back({name, ReadFile(kData + "/movement/" + name)});
+  root.Write("in/zips/aria.zip", MakeZipArchive(aria, false));
   root.Write("in/broken/empty.md", "");
   root.Write("in/broken/README", "Notes on the edition.\n");
   root.Write("in/.hidden/trio.msd", ReadFile(kData + "/sets/trio.msd"));
 
   const ToolRun run = RunTool(root.Path(), "import --batch in -o out");
   EXPECT_EQ(run.status, 2) << run.err;
-  EXPECT_TRUE(fs::exists(fs::path(root.Path()) / "out/sets/trio.musicxml"));
-  EXPECT_TRUE(fs::exists(fs::path(root.Path()) / "out/bach/mov1.musicxml"));
-  EXPECT_FALSE(fs::exists(fs::path(root.Path()) / "out/broken.musicxml"));
-  EXPECT_FALSE(fs::exists(fs::path(root.Path()) / "out/.hidden"));
-  EXPECT_NE(run.err.find("converted 2 of 3 movements (3 files)"), std::string::npos) << run.err;
-  EXPECT_NE(run.err.find("passed over 1 files that are not MuseData"), std::string::npos)
-      << run.err;
-  EXPECT_NE(run.err.find("musedata: broken/: error 0x00000005 (musedata): No part was loaded"),
-            std::string::npos)
-      << run.err;
-  const std::string mov1 = ReadFile(root.Path() + "/out/bach/mov1.musicxml");
-  EXPECT_EQ(PartNames(mov1), "Violine|Violine");
+  for (const char* made : {"sets/trio.musicxml", "bach/mov1.musicxml", "zips/aria.musicxml"})
+    EXPECT_TRUE(fs::exists(fs::path(root.Path()) / "out" / made)) << made;
+  for (const char* missing : {"sets/toggle.musicxml", "broken.musicxml", ".hidden"})
+    EXPECT_FALSE(fs::exists(fs::path(root.Path()) / "out" / missing)) << missing;
+  for (const char* line :
+       {"musedata: warning: broken/: passed over files without a MuseData part: empty.md, README\n",
+        "musedata: converted 3 of 4 movements (4 files, 8 of 12 parts; 1 outside the group)",
+        "; passed over 2 files that are not MuseData\n",
+        "musedata: sets/toggle.msd: conversion stopped: 1 of 3 parts lost: toggle.msd part 2"})
+    EXPECT_NE(run.err.find(line), std::string::npos) << line << "\n" << run.err;
+  EXPECT_EQ(PartNames(ReadFile(root.Path() + "/out/bach/mov1.musicxml")), "Violine|Violine");
+  EXPECT_EQ(ReadFile(root.Path() + "/out/zips/aria.musicxml"),
+            RunTool(kData, "import movement").out);
 }
 
 }  // namespace
