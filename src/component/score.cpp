@@ -135,7 +135,9 @@ class ScoreImport {
                     std::vector<std::string>& passedOver) {
     const SetFileLayout layout = SetFileParts(bytes);
     if (layout.parts.empty()) {
-      passedOver.push_back(name);
+      // An XML file given as MuseData is a common slip; say so.
+      const bool xml = TrimLeft(bytes.substr(0, 64)).starts_with("<?xml");
+      passedOver.push_back(xml ? name + " (an XML file)" : name);
       return true;
     }
     for (const LineRange& range : layout.strayLines)
