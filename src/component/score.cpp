@@ -89,7 +89,9 @@ class ScoreImport {
     const int32_t loaded = m_loaded;
     const bool complete =
         LooksLikeZip(*bytes) ? LoadZip(name, *bytes) : LoadMuseData(name, *bytes, m_passedOver);
-    if (complete && m_loaded - loaded < m_found - found)
+    // A file of several parts says how many it gave; each part not loaded
+    // has been named already.
+    if (complete && m_found - found > 1 && m_loaded - loaded < m_found - found)
       Warn(name + ": " + std::to_string(m_loaded - loaded) + " of " +
            std::to_string(m_found - found) + " parts loaded");
     return complete;

@@ -25,7 +25,6 @@ enum class LineRole {
 struct Line {
   std::string_view text;
   size_t start = 0;  // where the line starts in the file
-  size_t next = 0;   // where the line after it starts
   LineRole role = LineRole::Record;
   bool closesOpenBlock = false;  // an end line reached inside a comment block
 };
@@ -81,7 +80,6 @@ std::vector<Line> ReadLines(std::string_view bytes) {
       position = end + 1;
       if (bytes[end] == '\r' && position < bytes.size() && bytes[position] == '\n') ++position;
     }
-    line.next = position;
     if (line.start == 0 && line.text.starts_with(kByteOrderMark))
       line.text.remove_prefix(kByteOrderMark.size());
     const char first = line.text.empty() ? '\0' : line.text.front();

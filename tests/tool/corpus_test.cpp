@@ -41,7 +41,7 @@ TEST(Corpus, SetFileLoadsItsPartsInGroupOrder) {
   const Case cases[] = {
       {"", "Violino|Flauto|Basso",
        "trio.msd part 3 (Organo (realisation)): not in group \"score\"; skipped"},
-      {"-g score", "Violino|Flauto|Basso", "trio.msd part 3"},
+      {"-g score", "Violino|Flauto|Basso", "trio.msd: 3 of 4 parts loaded"},
       {"-g sound", "Violino|Flauto|Basso|Organo (realisation)", ""},
       {"-g ''", "Basso|Violino|Organo (realisation)|Flauto", ""},
   };
