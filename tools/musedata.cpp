@@ -171,8 +171,9 @@ int main(int argc, char** argv) {
                             "Output file (.musicxml or .xml); - or none writes to standard output");
   importCommand->add_flag("--progress,!--no-progress", import.progress,
                           "Show a progress bar on standard error");
-  importCommand->add_option("INPUT", import.inputs,
-                            "MuseData files or set files, or folders of them");
+  importCommand->add_option(
+      "INPUT", import.inputs,
+      "MuseData part files, set files or zips of part files, or folders of them");
 
   try {
     app.parse(argc, argv);
