@@ -5,7 +5,6 @@
 
 #include <cstdint>
 #include <string>
-#include <vector>
 
 #include "component/error_codes.h"
 #include "musedata/muse_data.h"
@@ -18,25 +17,23 @@ struct Exported {
   bool result = false;
   std::string text;   // the file written; "" when none was left
   std::string error;  // as ErrorOf gives it
-  std::vector<std::string> warnings;
+  std::string warnings;
 };
 
 // Saves part `partNumber` of the MusicXML `xml` into a fresh folder.
 inline Exported ExportXml(const std::string& xml, int32_t partNumber = 1) {
   const TempDir dir;
-  const std::string path = dir.Path() + "/part.md";
   MuseData component;
   component.SetXML(xml::ParseMemory(xml, "score.musicxml", kErrXmlInitializationParse));
   component.SetPartNumber(partNumber);
-  Exported exported;
-  component.Warning = [&](const std::string& text) { exported.warnings.push_back(text); };
-  exported.error = ErrorOf([&] { exported.result = component.Save(path); });
-  if (EntriesIn(dir.Path()) > 0) exported.text = ReadFile(path);
-  return exported;
+  Exported out;
+  component.Warning = [&](const std::string& text) { out.warnings += "[warning: " + text + "]"; };
+  out.error = ErrorOf([&] { out.result = component.Save(dir.Path() + "/part.md"); });
+  if (EntriesIn(dir.Path()) > 0) out.text = ReadFile(dir.Path() + "/part.md");
+  return out;
 }
 
-// A one-part score whose part holds `measures`; `scorePart` is put in its
-// score-part after the part name, `prelude` in the score before the part list.
+// A one-part score: `prelude` before the part list, `scorePart` after the part name.
 inline std::string OnePartScore(const std::string& measures, const std::string& scorePart = "",
                                 const std::string& prelude = "") {
   return "<score-partwise>" + prelude +
@@ -44,24 +41,14 @@ inline std::string OnePartScore(const std::string& measures, const std::string& 
          "</score-part></part-list><part id=\"P1\">" + measures + "</part></score-partwise>";
 }
 
-// The records after the twelve header lines of a one-part score, without
-// "/END", one per line; what went wrong instead when the export failed.
+// The records of a one-part score between its header (ending "score: part 1
+// of 1") and "/END", then any warnings; the error when the export failed.
 inline std::string DataRecords(const std::string& measures) {
-  const Exported exported = ExportXml(OnePartScore(measures));
-  if (!exported.result) return "(false) " + exported.error;
-  std::string records;
-  size_t at = 0;
-  for (int line = 0; line < 12 && at != std::string::npos; ++line) {
-    at = exported.text.find('\n', at);
-    if (at != std::string::npos) ++at;
-  }
-  records = at == std::string::npos ? std::string() : exported.text.substr(at);
-  const std::string end = "/END\n";
-  if (records.size() >= end.size() &&
-      records.compare(records.size() - end.size(), end.size(), end) == 0)
-    records.resize(records.size() - end.size());
-  for (const std::string& warning : exported.warnings) records += "[warning: " + warning + "]";
-  return records;
+  const Exported out = ExportXml(OnePartScore(measures));
+  if (!out.result) return "(false) " + out.error;
+  const std::string header = "score: part 1 of 1\n";
+  const size_t start = out.text.find(header) + header.size();
+  return out.text.substr(start, out.text.rfind("/END\n") - start) + out.warnings;
 }
 
 }  // namespace musedata::test
