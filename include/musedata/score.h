@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "musedata/document.h"
+#include "musedata/finish.h"
 #include "musedata/text_encoding.h"
 
 namespace musedata {
@@ -27,6 +28,9 @@ struct ImportOptions {
       progress;
   // Receives warnings that do not stop the import.
   std::function<void(const std::string& text)> warning;
+  // Runs the finishing step (musedata/finish.h) over a complete score, for
+  // notation programs; off, the score is exactly what the converter built.
+  bool finish = false;
 };
 
 struct ImportResult {
@@ -36,6 +40,8 @@ struct ImportResult {
   bool complete = false;
   // When not complete: the file, the line and why the import stopped.
   std::string stoppedAt;
+  // What the finishing step changed, when it ran.
+  FinishCounts finished;
 };
 
 // Loads the MuseData files `paths`, in order, as the parts of one score.
