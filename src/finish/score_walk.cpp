@@ -64,14 +64,13 @@ std::map<std::string, std::vector<Chord>> ChordsByVoice(const std::vector<xml::N
   for (size_t index = 0; index < measures.size(); ++index) {
     std::vector<Chord>* open = nullptr;
     for (xml::Node note : measures[index].Children("note")) {
-      if (IsGrace(note)) continue;
       // A chord tone joins the chord before it, whatever voice it names.
       if (IsChordTone(note) && open && !open->empty()) {
         open->back().notes.push_back(note);
         continue;
       }
       open = &chords[note.Child("voice").Text() + "/" + StaffOf(note)];
-      open->push_back(Chord{{note}, index});
+      open->push_back(Chord{{note}, index, IsGrace(note)});
     }
   }
   return chords;

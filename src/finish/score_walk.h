@@ -45,7 +45,6 @@ class Context {
 std::vector<xml::Node> MeasuresOf(xml::Node part);
 
 bool IsChordTone(xml::Node note);
-// Grace notes take no time and are left out of voices' note sequences.
 bool IsGrace(xml::Node note);
 // The staff of a note or direction; "1" when it names none.
 std::string StaffOf(xml::Node element);
@@ -60,9 +59,11 @@ std::string PitchName(xml::Node note);
 struct Chord {
   std::vector<xml::Node> notes;
   size_t measure = 0;  // index into the part's measures
+  // Grace notes take no time: they stand between the chords of their voice.
+  bool grace = false;
 };
 // The chords of every voice and staff of the part ("voice/staff" as key), in
-// time order across the measures. Grace notes are left out.
+// time order across the measures.
 std::map<std::string, std::vector<Chord>> ChordsByVoice(const std::vector<xml::Node>& measures);
 
 // Makes a new element `name` in `parent`, before the first child whose name is

@@ -67,50 +67,94 @@ struct OpenTie {
   TieMarks marks;
   size_t measure;
 };
+using OpenTies = std::map<std::string, OpenTie>;  // by pitch
+
+// Walks the chords of one voice, pairing each tie with the next chord. A
+// grace note stands between two chords without parting a tie that runs past
+// it; a tie on a grace note ends on whatever chord follows it.
+class TieCloser {
+ public:
+  TieCloser(const PartInScore& part, Context& context, TieChanges& changes)
+      : m_part(part), m_context(context), m_changes(changes) {}
+
+  void Take(const Chord& chord) {
+    OpenTies opening;
+    for (xml::Node note : chord.notes) {
+      const std::string pitch = PitchOf(note);
+      if (!Answer(m_afterGrace, pitch, note) && (chord.grace || !Answer(m_open, pitch, note)))
+        DropStopsWithoutStart(note, chord.measure);
+      const TieMarks starts = MarksOf(note, "start");
+      if (!starts) continue;
+      if (pitch.empty()) {
+        Drop({note, starts, chord.measure}, "is on a rest");
+        continue;
+      }
+      opening[pitch] = OpenTie{note, starts, chord.measure};
+    }
+    // A tie not answered by this chord has lost its partner.
+    DropAll(m_afterGrace, "finds no note of that pitch in the next chord of its voice");
+    if (chord.grace) {
+      m_afterGrace = std::move(opening);
+      return;
+    }
+    DropAll(m_open, "finds no note of that pitch in the next chord of its voice");
+    m_open = std::move(opening);
+  }
+
+  void Finish() {
+    DropAll(m_afterGrace, "has no note after it to end on");
+    DropAll(m_open, "has no note after it to end on");
+  }
+
+ private:
+  // Ends the tie open on `pitch`, if any, on `note`; false when there is none.
+  bool Answer(OpenTies& open, const std::string& pitch, xml::Node note) {
+    const auto partner = open.find(pitch);
+    if (partner == open.end()) return false;
+    if (AddStops(note, partner->second.marks)) ++m_changes.closed;
+    open.erase(partner);
+    return true;
+  }
+
+  // A stop whose start was dropped, or that the converter paired with a note
+  // further on than the next chord.
+  void DropStopsWithoutStart(xml::Node note, size_t measure) {
+    const TieMarks stops = MarksOf(note, "stop");
+    if (!stops) return;
+    RemoveMarks(stops);
+    m_context.Warn(m_part, m_part.measures[measure],
+                   "a tie ends on " + PitchName(note) + " without a start; removed");
+    ++m_changes.removed;
+  }
+
+  void Drop(const OpenTie& open, const char* why) {
+    RemoveMarks(open.marks);
+    m_context.Warn(m_part, m_part.measures[open.measure],
+                   "a tie on " + PitchName(open.note) + " " + why + "; removed");
+    ++m_changes.removed;
+  }
+
+  void DropAll(OpenTies& open, const char* why) {
+    for (const auto& [pitch, tie] : open) Drop(tie, why);
+    open.clear();
+  }
+
+  const PartInScore& m_part;
+  Context& m_context;
+  TieChanges& m_changes;
+  OpenTies m_open;        // ties from the last chord that takes time
+  OpenTies m_afterGrace;  // ties from the grace notes since then
+};
 
 }  // namespace
 
 TieChanges CloseTies(const PartInScore& part, Context& context) {
   return Trap(kCloseTies, context.Caught(), [&] {
     TieChanges changes;
-    auto dropUnanswered = [&](const OpenTie& open, const char* why) {
-      RemoveMarks(open.marks);
-      context.Warn(part, part.measures[open.measure],
-                   "a tie on " + PitchName(open.note) + " " + why + "; removed");
-      ++changes.removed;
-    };
     for (const auto& [voice, chords] : ChordsByVoice(part.measures)) {
-      std::map<std::string, OpenTie> open;  // by pitch
-      for (const Chord& chord : chords) {
-        std::map<std::string, OpenTie> opening;
-        for (xml::Node note : chord.notes) {
-          const std::string pitch = PitchOf(note);
-          const auto partner = open.find(pitch);
-          if (partner != open.end()) {
-            if (AddStops(note, partner->second.marks)) ++changes.closed;
-            open.erase(partner);
-          } else if (const TieMarks stops = MarksOf(note, "stop")) {
-            // A stop whose start was dropped, or that the converter paired
-            // with a note further on than the next chord.
-            RemoveMarks(stops);
-            context.Warn(part, part.measures[chord.measure],
-                         "a tie ends on " + PitchName(note) + " without a start; removed");
-            ++changes.removed;
-          }
-          const TieMarks starts = MarksOf(note, "start");
-          if (!starts) continue;
-          if (pitch.empty()) {
-            dropUnanswered({note, starts, chord.measure}, "is on a rest");
-            continue;
-          }
-          opening[pitch] = OpenTie{note, starts, chord.measure};
-        }
-        // A tie not answered by this chord has lost its partner.
-        for (const auto& [pitch, tie] : open)
-          dropUnanswered(tie, "finds no note of that pitch in the next chord of its voice");
-        open = std::move(opening);
-      }
-      for (const auto& [pitch, tie] : open) dropUnanswered(tie, "has no note after it to end on");
+      TieCloser closer(part, context, changes);
+      for (const Chord& chord : chords) closer.Take(chord);
+      closer.Finish();
     }
     return changes;
   });

@@ -53,8 +53,9 @@ size_t LineEnd(const std::vector<Chord>& chords, size_t start,
   bool acrossBarline = false;
   for (size_t index = start + 1; index < chords.size(); ++index) {
     const Chord& chord = chords[index];
+    if (chord.grace) continue;
     if (chord.measure != chords[index - 1].measure) {
-      if (BarlineEndsLine(measures, chords[index - 1].measure, chord.measure)) break;
+      if (BarlineEndsLine(measures, chords[last].measure, chord.measure)) break;
       acrossBarline = true;
     }
     if (WavyLine(chord, "start") || HasTrillMark(chord)) break;

@@ -70,6 +70,10 @@ TEST(Finish, MendsEachShape) {
        "//tie",
        " [warning: part 1 (Violino I), measure X1: a tie on C#4 has no note after it to end on; "
        "removed]"},
+      {"a tie runs past a grace note to the next chord",
+       {kAttributes, Tied("C4"), Note("gD4", "", {{8, "0"}}), Note("C4", "4")},
+       "//note[pitch/step='C']/tie/@type",
+       " type=\"start\" type=\"stop\""},
       {"the layer after a backup gets the next voice",
        {kAttributes, Note("C5", "8"), "back   8", Note("C4", "8")},
        "//note/voice",
