@@ -46,22 +46,27 @@ xml::Node ClosingBarlines(xml::Node measure) {
 }
 
 // The leading empty measure's content opens the next measure: its bar lines
-// become left bar lines, the rest follows the next measure's own opening.
+// become left bar lines ahead of everything, the rest follows the next
+// measure's own opening.
 void HandToNext(xml::Node empty, xml::Node next) {
-  const xml::Node firstChild = next.FirstChild();
   const xml::Node opening = AfterOpening(next);
+  std::vector<xml::Node> barlines;
   for (xml::Node child : ChildElements(empty)) {
     if (child.Name() == "barline") {
-      child.SetAttr("location", "left");
-      if (firstChild) {
-        next.InsertBefore(child, firstChild);
-      } else {
-        next.AppendChild(child);
-      }
+      barlines.push_back(child);
     } else if (opening) {
       next.InsertBefore(child, opening);
     } else {
       next.AppendChild(child);
+    }
+  }
+  const xml::Node first = next.FirstChild();
+  for (xml::Node barline : barlines) {
+    barline.SetAttr("location", "left");
+    if (first) {
+      next.InsertBefore(barline, first);
+    } else {
+      next.AppendChild(barline);
     }
   }
 }

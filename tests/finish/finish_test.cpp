@@ -100,6 +100,26 @@ TEST(Finish, MendsEachShape) {
         Note("B4", "2"), "measure 3", Note("C5", "4")},
        "//note[wavy-line or notations/ornaments/wavy-line[@type='stop']]/pitch/step",
        "<step>B</step>"},
+      {"a trill line stops before the next trill of its voice",
+       {kAttributes, Note("C5", "2", {{32, "t~"}}), Note("D5", "2", {{32, "t~"}}),
+        "measure 2       ~", Note("E5", "4", {{32, "t"}})},
+       "//note[.//wavy-line[@type='stop']]/pitch/step",
+       "<step>C</step><step>D</step>"},
+      {"ties pair within each voice of a measure with two layers",
+       {kAttributes, Tied("C5"), "back   4", Tied("C4"), "measure 2", Note("C5", "4"), "back   4",
+        Note("C4", "4")},
+       "//measure[2]/note/tie/@type|//measure[2]/note/voice",
+       " type=\"stop\"<voice>1</voice> type=\"stop\"<voice>2</voice>"},
+      {"three layers without tracks are voices 1, 2 and 3; a layer's own track is shared",
+       {kAttributes, Note("C5", "4"), "back   4", Note("C4", "2"), Note("D4", "2", {{15, "4"}}),
+        "back   4", Note("C3", "4")},
+       "//note/voice",
+       "<voice>1</voice><voice>4</voice><voice>4</voice><voice>3</voice>"},
+      {"a directive for the second staff is words on that staff",
+       {"$ K:0 Q:2 T:2/4 C1:4 C2:22 D2:Adagio", Note("C4", "4")},
+       "//direction",
+       "<direction placement=\"above\"><direction-type><words>Adagio</words></direction-type>"
+       "<staff>2</staff></direction>"},
       {"a directive is also words above the staff, right after its attributes",
        {"$ K:0 Q:2 T:2/4 C:4 D:Allegro con brio", Note("C4", "4")},
        "//measure/*[position() <= 2]",
@@ -134,6 +154,18 @@ TEST(Finish, MendsEachShape) {
        "</prefix><figure-number>6</figure-number></figure><figure><figure-number>5"
        "</figure-number><suffix>plus</suffix></figure><figure><prefix>natural</prefix></figure>"
        "<duration>4</duration></figured-bass>"},
+      {"a time of three eighths without a beat type is a hidden 3/8",
+       {"$ K:0 Q:2 T:3/0 C:4", Note("C4", "1"), Note("D4", "1"), Note("E4", "1"), "measure 2"},
+       "//time",
+       "<time print-object=\"no\"><beats>3</beats><beat-type>8</beat-type></time> [warning: part "
+       "1 (Violino I), measure 1: time \"3/0\" written as a hidden 3/8, the length of the "
+       "measure]"},
+      {"every figure sign has its word; an unknown one is kept with a warning",
+       {kAttributes, "f     4         6b 4x 7/ 5\\ 6f 6?", Note("C3", "4")},
+       "//suffix",
+       "<suffix>flat</suffix><suffix>double-sharp</suffix><suffix>slash</suffix><suffix>"
+       "back-slash</suffix><suffix>flat</suffix><suffix>?</suffix> [warning: part 1 (Violino "
+       "I), measure X1: the figure sign \"?\" has no MusicXML name; kept as written]"},
       {"a clef of unknown code is removed",
        {"$ K:0 Q:2 T:2/4 C:94", Note("C4", "4")},
        "//clef",
@@ -153,6 +185,17 @@ TEST(Finish, MendsEachShape) {
        "//accidental",
        "<accidental cautionary=\"yes\">sharp</accidental><accidental editorial=\"yes\">flat"
        "</accidental><accidental cautionary=\"yes\">natural</accidental>"},
+      {"double sharps and double flats show as such",
+       {kAttributes, Note("F##4", "4", {{23, "u"}, {32, "+"}}),
+        Note("Bff4", "4", {{23, "u"}, {32, "+"}})},
+       "//accidental/text()",
+       "double-sharpflat-flat"},
+      {"the opening measure's bar line opens measure 1, before its attributes",
+       {kAttributes, "mdouble 1", Note("C4", "4")},
+       "//measure/*[position() <= 2]",
+       "<barline location=\"left\"><bar-style>light-light</bar-style></barline><attributes>"
+       "<divisions>2</divisions><key><fifths>0</fifths></key><time><beats>2</beats><beat-type>4"
+       "</beat-type></time><clef><sign>G</sign><line>2</line></clef></attributes>"},
       {"an opening measure without notes hands its attributes to measure 1",
        {"measure 1", kAttributes, Note("C4", "4"), "measure 2", Note("D4", "4")},
        "//measure/@number|//measure[1]/attributes/divisions",
