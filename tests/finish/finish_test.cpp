@@ -272,6 +272,19 @@ TEST(Finish, FinishedScoreIsStableAndClosed) {
   EXPECT_EQ(count("//wavy-line[@type='start']"), count("//wavy-line[@type='stop']"));
 }
 
+// A document that is no partwise score is left as it is.
+TEST(Finish, LeavesOtherDocumentsAlone) {
+  for (const auto& [kind, count] : CountsByKind(FinishScore(Document())))
+    EXPECT_EQ(count, 0) << kind;
+  const Document timewise = xml::ParseMemory(
+      "<score-timewise><part-list><score-part id=\"P1\"><part-name>Violino</part-name>"
+      "</score-part></part-list></score-timewise>",
+      "timewise.xml", 0);
+  const std::string before = ToMusicXmlText(timewise);
+  FinishScore(timewise);
+  EXPECT_EQ(ToMusicXmlText(timewise), before);
+}
+
 // The tool finishes by default; --literal writes what the converter built,
 // which is also what hosts get unless they ask for the finishing step.
 TEST(Finish, ToolFinishesUnlessLiteral) {
