@@ -11,18 +11,19 @@
 namespace musedata::finish {
 namespace {
 
-// The children MusicXML puts after a note's voice.
+// The children MusicXML puts after the voice of a note or forward.
 constexpr std::string_view kAfterVoice[] = {
     "type",     "dot",   "accidental", "time-modification", "stem",
     "notehead", "staff", "beam",       "notations",         "lyric"};
 
-// The notes of each layer of the measure; a backup starts the next layer.
+// The notes of each layer of the measure, with the forwards that name a
+// voice (a rest not printed); a backup starts the next layer.
 std::vector<std::vector<xml::Node>> Layers(xml::Node measure) {
   std::vector<std::vector<xml::Node>> layers(1);
   for (xml::Node child : measure.Children()) {
     if (child.Name() == "backup") {
       layers.emplace_back();
-    } else if (child.Name() == "note") {
+    } else if (child.Name() == "note" || (child.Name() == "forward" && child.Child("voice"))) {
       layers.back().push_back(child);
     }
   }
