@@ -78,15 +78,18 @@ int32_t CloseTrillLines(const PartInScore& part, Context& context) {
     int32_t closed = 0;
     for (const auto& [voice, chords] : ChordsByVoice(part.measures)) {
       for (size_t index = 0; index < chords.size(); ++index) {
-        const xml::Node starting = WavyLine(chords[index], "start");
-        if (!starting) continue;
+        if (!WavyLine(chords[index], "start")) continue;
         const size_t end = LineEnd(chords, index, part.measures);
         if (HasStop(chords, index, end)) continue;
-        xml::Node note = end == index ? starting : WavyLine(chords[end], "continue");
-        if (!note) note = chords[end].notes.front();
-        const xml::Node ornaments = ChildOrNew(NotationsOf(note), "ornaments", {});
-        ornaments.AppendElement("wavy-line").SetAttr("type", "stop");
-        ++closed;
+        // Each tone of a chord may carry a line of its own.
+        for (xml::Node starting : chords[index].notes) {
+          if (!WavyLine(Chord{{starting}}, "start")) continue;
+          xml::Node note = end == index ? starting : WavyLine(chords[end], "continue");
+          if (!note) note = chords[end].notes.front();
+          const xml::Node ornaments = ChildOrNew(NotationsOf(note), "ornaments", {});
+          ornaments.AppendElement("wavy-line").SetAttr("type", "stop");
+          ++closed;
+        }
       }
     }
     return closed;
