@@ -1,6 +1,7 @@
 // Feeds arbitrary bytes to the import, as one MuseData part and as a set file,
-// and finishes whatever score it built for notation programs. Every failure must be one of the converter's own errors; anything else
-// escaping (a crash, a foreign exception, a sanitizer report) is a finding.
+// and finishes whatever score it built for notation programs. Every failure must be one of the
+// converter's own errors; anything else escaping (a crash, a foreign exception, a sanitizer report)
+// is a finding.
 
 #include <cstdint>
 #include <cstdlib>
