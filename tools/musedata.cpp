@@ -71,7 +71,16 @@ struct ImportCommand {
   std::string output = "-";
   std::vector<std::string> inputs;
   bool progress = isatty(STDERR_FILENO) != 0;
+  // Writes the score exactly as the converter built it, without the finishing step.
+  bool literal = false;
+  bool verbose = false;
 };
+
+// What the finishing step changed, one kind a line.
+void PrintFinishCounts(const musedata::FinishCounts& counts) {
+  for (const auto& [kind, count] : musedata::CountsByKind(counts))
+    std::fprintf(stderr, "musedata: finishing step: %s: %d\n", kind.c_str(), count);
+}
 
 int RunImport(const ImportCommand& command) {
   const bool toStdout = command.output == "-";
@@ -85,6 +94,7 @@ int RunImport(const ImportCommand& command) {
   musedata::ImportOptions options;
   options.groupType = command.group;
   options.systemIdentifier = command.systemId;
+  options.finish = !command.literal;
   options.encoding =
       musedata::ParseTextEncoding(command.encoding).value_or(musedata::TextEncoding::Auto);
   if (!command.batchFolder.empty()) {
@@ -124,6 +134,7 @@ int RunImport(const ImportCommand& command) {
   try {
     musedata::ImportResult result = musedata::ImportScore(files, options);
     bar.Finish();
+    if (command.verbose && result.complete && options.finish) PrintFinishCounts(result.finished);
     if (!result.complete) {
       std::fprintf(stderr, "musedata: conversion stopped: %s; nothing written\n",
                    result.stoppedAt.c_str());
@@ -171,6 +182,11 @@ int main(int argc, char** argv) {
                             "Output file (.musicxml or .xml); - or none writes to standard output");
   importCommand->add_flag("--progress,!--no-progress", import.progress,
                           "Show a progress bar on standard error");
+  importCommand->add_flag("--literal", import.literal,
+                          "Write the score exactly as the converter built it, without the "
+                          "finishing step for notation programs");
+  importCommand->add_flag("-v,--verbose", import.verbose,
+                          "Print what the finishing step changed, per kind of change");
   importCommand->add_option(
       "INPUT", import.inputs,
       "MuseData part files, set files or zips of part files, or folders of them");

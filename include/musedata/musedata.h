@@ -5,6 +5,7 @@
 #include "musedata/converter.h"
 #include "musedata/converter_error.h"
 #include "musedata/document.h"
+#include "musedata/finish.h"
 #include "musedata/muse_data.h"
 #include "musedata/registry.h"
 #include "musedata/score.h"

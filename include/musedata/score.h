@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "musedata/document.h"
+#include "musedata/finish.h"
 #include "musedata/text_encoding.h"
 
 namespace musedata {
@@ -36,6 +37,9 @@ struct ImportOptions {
   std::function<void(const std::string& text)> warning;
   // Told what became of each part found in the inputs, as soon as it is known.
   std::function<void(PartFate fate)> partCounted;
+  // Runs the finishing step (musedata/finish.h) over a complete score, for
+  // notation programs; off, the score is exactly what the converter built.
+  bool finish = false;
 };
 
 struct ImportResult {
@@ -46,6 +50,8 @@ struct ImportResult {
   // When not complete: the file, the line and why the import stopped, or
   // which part was lost and why.
   std::string stoppedAt;
+  // What the finishing step changed, when it ran.
+  FinishCounts finished;
 };
 
 // Loads the MuseData files `paths`, in order, as the parts of one score. A

@@ -99,4 +99,16 @@ inline constexpr int32_t kErrNoScorePart = 6067;
 inline constexpr Procedure kSaveNotations{6070, "MuseData SaveNotations"};
 inline constexpr Procedure kSaveVoice{6072, "MuseData SaveVoice"};
 
+// The finishing step over a whole score, outside the converter component.
+inline constexpr Procedure kFinishScore{6090, "MuseData FinishScore"};
+inline constexpr Procedure kRemoveEmptyEndMeasures{6091, "MuseData RemoveEmptyEndMeasures"};
+inline constexpr Procedure kMendDoubleRepeats{6092, "MuseData MendDoubleRepeats"};
+inline constexpr Procedure kNumberVoices{6093, "MuseData NumberVoices"};
+inline constexpr Procedure kCloseTies{6094, "MuseData CloseTies"};
+inline constexpr Procedure kCloseTrillLines{6095, "MuseData CloseTrillLines"};
+inline constexpr Procedure kAddTempoWords{6096, "MuseData AddTempoWords"};
+inline constexpr Procedure kMendValues{6097, "MuseData MendValues"};
+inline constexpr Procedure kMendCourtesyAccidentals{6098, "MuseData MendCourtesyAccidentals"};
+inline constexpr Procedure kNameInstrument{6099, "MuseData NameInstrument"};
+
 }  // namespace musedata

@@ -277,6 +277,7 @@ ImportResult ImportScore(const std::vector<std::string>& paths, const ImportOpti
     throw ConverterError(5, "musedata", description);
   }
   result.complete = true;
+  if (options.finish) result.finished = FinishScore(result.document, component->Warning);
   return result;
 }
 

@@ -1,0 +1,74 @@
+// The finishing step: every pass over every part, in an order where each
+// pass sees what the ones before it mended (ties are paired within voices,
+// so voices are numbered first; empty end measures go before anything is
+// added to their neighbours).
+
+#include "musedata/finish.h"
+
+#include <map>
+
+#include "component/error_codes.h"
+#include "finish/passes.h"
+
+namespace musedata {
+namespace {
+
+std::vector<finish::PartInScore> PartsOf(xml::Node root) {
+  std::map<std::string, xml::Node, std::less<>> scoreParts;
+  for (xml::Node scorePart : root.Child("part-list").Children("score-part"))
+    scoreParts.emplace(std::string(scorePart.Attr("id")), scorePart);
+  std::vector<finish::PartInScore> parts;
+  for (xml::Node part : root.Children("part")) {
+    finish::PartInScore entry;
+    entry.part = part;
+    const auto found = scoreParts.find(part.Attr("id"));
+    if (found != scoreParts.end()) entry.scorePart = found->second;
+    entry.label = "part " + std::to_string(parts.size() + 1);
+    const std::string name = entry.scorePart.Child("part-name").Text();
+    if (!name.empty()) entry.label += " (" + name + ")";
+    entry.measures = finish::MeasuresOf(part);
+    parts.push_back(std::move(entry));
+  }
+  return parts;
+}
+
+}  // namespace
+
+std::vector<std::pair<std::string, int32_t>> CountsByKind(const FinishCounts& counts) {
+  return {{"empty measures removed", counts.measuresRemoved},
+          {"double repeats mended", counts.repeatsMended},
+          {"layers given a voice", counts.voicesNumbered},
+          {"ties closed", counts.tiesClosed},
+          {"ties removed", counts.tiesRemoved},
+          {"trill lines closed", counts.trillLinesClosed},
+          {"directives shown as words", counts.tempoWords},
+          {"values made valid", counts.valuesMended},
+          {"courtesy accidentals mended", counts.accidentalsMended},
+          {"instruments named", counts.instrumentsNamed}};
+}
+
+FinishCounts FinishScore(const Document& document,
+                         const std::function<void(const std::string&)>& warning) {
+  finish::Context context(warning);
+  return Trap(kFinishScore, context.Caught(), [&] {
+    FinishCounts counts;
+    const xml::Node root = xml::Root(document);
+    if (root.Name() != "score-partwise") return counts;
+    for (finish::PartInScore& part : PartsOf(root)) {
+      counts.measuresRemoved += finish::RemoveEmptyEndMeasures(part, context);
+      counts.repeatsMended += finish::MendDoubleRepeats(part, context);
+      counts.voicesNumbered += finish::NumberVoices(part, context);
+      const finish::TieChanges ties = finish::CloseTies(part, context);
+      counts.tiesClosed += ties.closed;
+      counts.tiesRemoved += ties.removed;
+      counts.trillLinesClosed += finish::CloseTrillLines(part, context);
+      counts.tempoWords += finish::AddTempoWords(part, context);
+      counts.valuesMended += finish::MendValues(part, context);
+      counts.accidentalsMended += finish::MendCourtesyAccidentals(part, context);
+      counts.instrumentsNamed += finish::NameInstrument(part, context);
+    }
+    return counts;
+  });
+}
+
+}  // namespace musedata

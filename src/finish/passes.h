@@ -1,0 +1,66 @@
+#pragma once
+
+// The passes of the finishing step, one per fault they mend, each in its own
+// unit. Every pass works on one part and returns how many changes it made.
+
+#include <cstdint>
+
+#include "finish/score_walk.h"
+
+namespace musedata::finish {
+
+// A part that opens with its first bar line before any note starts with a
+// measure "0" that holds only attributes, and a "$" record after the final
+// bar line leaves an empty last measure. Such a measure hands its attributes,
+// directions and bar lines to its neighbour and goes, so that measure numbers
+// agree across parts.
+int32_t RemoveEmptyEndMeasures(PartInScore& part, Context& context);
+
+// MuseData's ":||:" closes one measure with a backward repeat on a
+// heavy-heavy bar line; notation programs read a repeat only on the MusicXML
+// idiom: light-heavy with the backward repeat, heavy-light with the forward
+// repeat that opens the next measure.
+int32_t MendDoubleRepeats(const PartInScore& part, Context& context);
+
+// Notes after a backup are a further layer of the measure; without a voice
+// of their own (a part without track numbers, or the first layer's track)
+// renderers lay the layers end to end. Each layer gets a voice distinct from
+// the layers before it.
+int32_t NumberVoices(const PartInScore& part, Context& context);
+
+// MuseData's ties are paired per track on one open tie, so in a chord all but
+// the last tied tone stay open. Every tie start finds the note of the same
+// pitch in the next chord of its voice and staff, which gets the stop; a tie
+// that finds none is removed.
+struct TieChanges {
+  int32_t closed = 0;
+  int32_t removed = 0;
+};
+TieChanges CloseTies(const PartInScore& part, Context& context);
+
+// A trill's wavy line starts on a note and is continued by later notes or bar
+// lines, but never stopped. It stops on the note it starts on, or on the last
+// note that the data carries it to.
+int32_t CloseTrillLines(const PartInScore& part, Context& context);
+
+// Tempo and other directives exist only as attributes/directive, which
+// notation programs do not show; each is also written as words above the
+// staff at the same place.
+int32_t AddTempoWords(const PartInScore& part, Context& context);
+
+// Values that odd input lets through and MusicXML refuses: keys written with
+// their alternative, wedges without a direction, pass numbers in backups,
+// time signatures without a beat type, figures with empty or MuseData signs,
+// clefs without a sign, tuplet ratios of 0.
+int32_t MendValues(const PartInScore& part, Context& context);
+
+// A courtesy or editorial sign on a sharp or flat note comes out of the
+// notation codes as a natural; the sign must show the note's alteration.
+int32_t MendCourtesyAccidentals(const PartInScore& part, Context& context);
+
+// Without a score-instrument notation programs make every part a piano; the
+// part's name becomes the instrument's, with a General MIDI program where
+// the name is a common instrument.
+int32_t NameInstrument(const PartInScore& part, Context& context);
+
+}  // namespace musedata::finish

@@ -1,0 +1,163 @@
+// Ties that start on a chord tone, or anywhere, and never stop.
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "component/error_codes.h"
+#include "finish/passes.h"
+
+namespace musedata::finish {
+namespace {
+
+// A note's ties come before these children (a stop before a start).
+constexpr std::string_view kTieOrLater[] = {
+    "tie",        "instrument",        "footnote", "level",    "voice", "type", "dot",
+    "accidental", "time-modification", "stem",     "notehead", "staff", "beam", "notations",
+    "lyric"};
+
+// A tie's two marks: the sounding `tie` among the note's children and the
+// printed `tied` among its notations. MuseData writes them apart, so a note
+// may carry either or both.
+struct TieMarks {
+  xml::Node tie;
+  xml::Node tied;
+  explicit operator bool() const { return tie || tied; }
+};
+
+TieMarks MarksOf(xml::Node note, std::string_view type) {
+  TieMarks marks;
+  for (xml::Node tie : note.Children("tie"))
+    if (tie.Attr("type") == type) marks.tie = tie;
+  for (xml::Node notations : note.Children("notations"))
+    for (xml::Node tied : notations.Children("tied"))
+      if (tied.Attr("type") == type) marks.tied = tied;
+  return marks;
+}
+
+// Removes a printed tie and the notations it leaves empty.
+void RemoveTied(xml::Node tied) {
+  const xml::Node notations = tied.Parent();
+  tied.Remove();
+  if (!notations.FirstElement()) notations.Remove();
+}
+
+void RemoveMarks(const TieMarks& marks) {
+  if (marks.tie) marks.tie.Remove();
+  if (marks.tied) RemoveTied(marks.tied);
+}
+
+// Gives `note` the stops that answer the starts `opened` on its partner;
+// true when it had to.
+bool AddStops(xml::Node note, const TieMarks& opened) {
+  const TieMarks stops = MarksOf(note, "stop");
+  const bool needsTie = opened.tie && !stops.tie;
+  const bool needsTied = opened.tied && !stops.tied;
+  if (needsTie) InsertBeforeFirstOf(note, "tie", kTieOrLater).SetAttr("type", "stop");
+  if (needsTied) {
+    const xml::Node notations = NotationsOf(note);
+    InsertBeforeFirstOf(notations, "tied", kNotationsContent).SetAttr("type", "stop");
+  }
+  return needsTie || needsTied;
+}
+
+// A tie waiting for its partner in the next chord of its voice.
+struct OpenTie {
+  xml::Node note;
+  TieMarks marks;
+  size_t measure;
+};
+using OpenTies = std::map<std::string, OpenTie>;  // by pitch
+
+// Walks the chords of one voice, pairing each tie with the next chord. A
+// grace note stands between two chords without parting a tie that runs past
+// it; a tie on a grace note ends on whatever chord follows it.
+class TieCloser {
+ public:
+  TieCloser(const PartInScore& part, Context& context, TieChanges& changes)
+      : m_part(part), m_context(context), m_changes(changes) {}
+
+  void Take(const Chord& chord) {
+    OpenTies opening;
+    for (xml::Node note : chord.notes) {
+      const std::string pitch = PitchOf(note);
+      if (!Answer(m_afterGrace, pitch, note) && (chord.grace || !Answer(m_open, pitch, note)))
+        DropStopsWithoutStart(note, chord.measure);
+      const TieMarks starts = MarksOf(note, "start");
+      if (!starts) continue;
+      if (pitch.empty()) {
+        Drop({note, starts, chord.measure}, "is on a rest");
+        continue;
+      }
+      opening[pitch] = OpenTie{note, starts, chord.measure};
+    }
+    // A tie not answered by this chord has lost its partner.
+    DropAll(m_afterGrace, "finds no note of that pitch in the next chord of its voice");
+    if (chord.grace) {
+      m_afterGrace = std::move(opening);
+      return;
+    }
+    DropAll(m_open, "finds no note of that pitch in the next chord of its voice");
+    m_open = std::move(opening);
+  }
+
+  void Finish() {
+    DropAll(m_afterGrace, "has no note after it to end on");
+    DropAll(m_open, "has no note after it to end on");
+  }
+
+ private:
+  // Ends the tie open on `pitch`, if any, on `note`; false when there is none.
+  bool Answer(OpenTies& open, const std::string& pitch, xml::Node note) {
+    const auto partner = open.find(pitch);
+    if (partner == open.end()) return false;
+    if (AddStops(note, partner->second.marks)) ++m_changes.closed;
+    open.erase(partner);
+    return true;
+  }
+
+  // A stop whose start was dropped, or that the converter paired with a note
+  // further on than the next chord.
+  void DropStopsWithoutStart(xml::Node note, size_t measure) {
+    const TieMarks stops = MarksOf(note, "stop");
+    if (!stops) return;
+    RemoveMarks(stops);
+    m_context.Warn(m_part, m_part.measures[measure],
+                   "a tie ends on " + PitchName(note) + " without a start; removed");
+    ++m_changes.removed;
+  }
+
+  void Drop(const OpenTie& open, const char* why) {
+    RemoveMarks(open.marks);
+    m_context.Warn(m_part, m_part.measures[open.measure],
+                   "a tie on " + PitchName(open.note) + " " + why + "; removed");
+    ++m_changes.removed;
+  }
+
+  void DropAll(OpenTies& open, const char* why) {
+    for (const auto& [pitch, tie] : open) Drop(tie, why);
+    open.clear();
+  }
+
+  const PartInScore& m_part;
+  Context& m_context;
+  TieChanges& m_changes;
+  OpenTies m_open;        // ties from the last chord that takes time
+  OpenTies m_afterGrace;  // ties from the grace notes since then
+};
+
+}  // namespace
+
+TieChanges CloseTies(const PartInScore& part, Context& context) {
+  return Trap(kCloseTies, context.Caught(), [&] {
+    TieChanges changes;
+    for (const auto& [voice, chords] : ChordsByVoice(part.measures)) {
+      TieCloser closer(part, context, changes);
+      for (const Chord& chord : chords) closer.Take(chord);
+      closer.Finish();
+    }
+    return changes;
+  });
+}
+
+}  // namespace musedata::finish
