@@ -5,7 +5,9 @@
 #include <optional>
 
 #include "component/atomic_file.h"
+#include "component/error_codes.h"
 #include "component/set_file.h"
+#include "encoding/code_pages.h"
 #include "musedata/converter_error.h"
 #include "musedata/muse_data.h"
 #include "musedata/registry.h"
@@ -63,8 +65,14 @@ class ScoreImport {
     const std::optional<std::string> bytes = ReadWholeFile(path);
     // A file that cannot be read is reported by the component itself, with
     // the converter's own error for a missing file.
+    m_loading = path;
     if (!bytes) return Loaded(path, m_component.Load(path));
     const std::string name = std::filesystem::path(path).filename().string();
+    m_loading = name;
+    // Bytes that are no MuseData text at all would only fail as a header
+    // record that was not understood; they are named for what they are.
+    if (const std::string kind = ForeignTextKind(*bytes); !kind.empty())
+      throw ConverterError(13, "musedata", path + ": " + kind);
     if (!IsSetFile(*bytes)) return Loaded(name, m_component.LoadPart(name, *bytes));
     // The parts of a set share one reading of its bytes.
     m_component.SetEncoding(ResolveEncoding(*bytes, m_options.encoding));
@@ -72,12 +80,21 @@ class ScoreImport {
     bool complete = true;
     for (const SetFilePart& part : SetFileParts(*bytes)) {
       const std::string partName = name + " part " + std::to_string(++index);
+      m_loading = partName;
       complete = Loaded(partName, m_component.LoadPart(partName, part.bytes, part.firstLine));
       if (!complete) break;
     }
     m_component.SetEncoding(m_options.encoding);
     if (index == 0) Warn(name + ": a set file without any part");
     return complete;
+  }
+
+  // The file (or part of a set file) being loaded, and its line when the
+  // converter got as far as its records, for messages that would not name it.
+  std::string Location() const {
+    if (m_component.FileName() != m_loading || m_component.RecordLineNumber() <= 0)
+      return m_loading;
+    return m_loading + ", line " + std::to_string(m_component.RecordLineNumber());
   }
 
  private:
@@ -99,6 +116,7 @@ class ScoreImport {
   MuseData& m_component;
   const ImportOptions& m_options;
   int32_t m_parts = 0;
+  std::string m_loading;
 };
 
 }  // namespace
@@ -119,7 +137,19 @@ ImportResult ImportScore(const std::vector<std::string>& paths, const ImportOpti
   ImportResult result;
   ScoreImport import(*component, options);
   for (const std::string& path : paths) {
-    if (!import.LoadFile(path)) {
+    bool loaded = false;
+    try {
+      loaded = import.LoadFile(path);
+    } catch (const ConverterError& error) {
+      // The converter's own text says which procedure failed; the host also
+      // needs to know in which file and where. "File x not found" names it.
+      if (error.Number() == kErrorBase + kErrFileNotFound ||
+          error.Description().starts_with(path + ": "))
+        throw;
+      throw ConverterError(error.Number(), error.Source(),
+                           import.Location() + ": " + error.Description());
+    }
+    if (!loaded) {
       result.document = component->XML();
       result.stoppedAt = StoppedAt(*component, cancelled);
       return result;
@@ -150,12 +180,20 @@ std::string ToMusicXmlText(const Document& document) {
   return xml::ToIndentedString(document);
 }
 
-void WriteMusicXmlFile(const Document& document, const std::string& path) {
+bool WriteMusicXmlFile(const Document& document, const std::string& path,
+                       const WriteOptions& options) {
   // The text of a score is about ten times the size of its MuseData; written
   // straight into the file it never has to be held in memory beside the tree.
   AtomicFileWriter writer(path);
-  writer.WriteWith([&](std::FILE* file) { return xml::WriteIndented(document, file); });
-  writer.Commit();
+  writer.Progress = options.progress;
+  if (xml::WriteIndented(document, [&](std::string_view text) { return writer.Append(text); }))
+    return writer.Commit();
+  // A failed write raises its own error here; a cancelled one only stops.
+  writer.Write({});
+  if (writer.Cancelled()) return false;
+  throw ConverterError(75, "musedata",
+                       "Path/File access error: cannot write " + writer.Path() +
+                           ": the MusicXML text could not be made");
 }
 
 }  // namespace musedata
