@@ -12,6 +12,7 @@
 #include <thread>
 #include <vector>
 
+#include "interrupt.h"
 #include "musedata/converter_error.h"
 #include "progress_bar.h"
 
@@ -55,15 +56,17 @@ bool HasLineStarting(const std::string& bytes, std::string_view start) {
   return false;
 }
 
-enum class FileKind { NotMuseData, Part, Set };
+enum class FileKind { NotMuseData, Part, Set, Unreadable };
 
 // Decides by content: a set has "/eof" lines; a part has an end record or a
 // group-membership record. A file with a MuseData ending that shows neither
 // is still tried as a part, so that it is reported rather than passed over.
 FileKind Classify(const fs::path& path) {
   std::ifstream stream(path, std::ios::binary);
+  if (!stream) return FileKind::Unreadable;
   const std::string bytes((std::istreambuf_iterator<char>(stream)),
                           std::istreambuf_iterator<char>());
+  if (stream.bad()) return FileKind::Unreadable;
   if (HasLineStarting(bytes, "/eof")) return FileKind::Set;
   if (HasLineStarting(bytes, "/END") || HasLineStarting(bytes, "Group memberships"))
     return FileKind::Part;
@@ -75,22 +78,49 @@ bool IsHidden(const fs::path& path) {
   return !name.empty() && name.front() == '.';
 }
 
-std::vector<Movement> FindMovements(const fs::path& input, const fs::path& output,
-                                    size_t& skipped) {
+// A folder or file of the tree that could not be read, and why.
+struct Unreadable {
+  std::string label;
+  std::string reason;
+};
+
+std::string Reason(const std::error_code& error) {
+  return "cannot be read: " + error.message();
+}
+
+// Walks the whole tree: a folder or file that cannot be read is noted in
+// `unreadable` and the walk goes on past it.
+std::vector<Movement> FindMovements(const fs::path& input, const fs::path& output, size_t& skipped,
+                                    std::vector<Unreadable>& unreadable) {
   std::map<fs::path, Movement> folders;  // part files by their folder
   std::vector<Movement> movements;
   std::error_code status;
-  for (auto entry = fs::recursive_directory_iterator(input, status);
-       entry != fs::recursive_directory_iterator(); entry.increment(status)) {
-    if (status) break;
+  std::error_code walk;
+  for (auto entry = fs::recursive_directory_iterator(input, walk);
+       entry != fs::recursive_directory_iterator(); entry.increment(walk)) {
     const fs::path& path = entry->path();
     if (IsHidden(path)) {
       if (entry->is_directory(status)) entry.disable_recursion_pending();
       continue;
     }
+    const fs::path relative = fs::relative(path, input, status);
+    if (entry->is_directory(status)) {
+      // Stepping into a folder that cannot be opened would end the walk.
+      std::error_code opened;
+      fs::directory_iterator probe(path, opened);
+      if (opened) {
+        unreadable.push_back({relative.string() + "/", Reason(opened)});
+        entry.disable_recursion_pending();
+      }
+      continue;
+    }
     if (!entry->is_regular_file(status) || !HasMuseDataEnding(path)) continue;
     const FileKind kind = Classify(path);
-    const fs::path relative = fs::relative(path, input, status);
+    if (kind == FileKind::Unreadable) {
+      unreadable.push_back(
+          {relative.string(), Reason(std::error_code(errno, std::generic_category()))});
+      continue;
+    }
     if (kind == FileKind::NotMuseData) {
       ++skipped;
       continue;
@@ -114,6 +144,7 @@ std::vector<Movement> FindMovements(const fs::path& input, const fs::path& outpu
     movement.files.push_back(path.string());
     movement.bytes += entry->file_size(status);
   }
+  if (walk) unreadable.push_back({input.string(), Reason(walk)});
   for (auto& [folder, movement] : folders) {
     std::sort(movement.files.begin(), movement.files.end(), NaturalLess);
     movements.push_back(std::move(movement));
@@ -127,6 +158,23 @@ std::string ErrorLine(const ConverterError& error) {
   char number[16];
   std::snprintf(number, sizeof number, "0x%08X", static_cast<uint32_t>(error.Number()));
   return std::string("error ") + number + " (" + error.Source() + "): " + error.Description();
+}
+
+// Every output of the batch that would overwrite one of its inputs, as one
+// message; empty when there is none.
+std::string RefusedOutput(const std::vector<Movement>& movements) {
+  std::vector<std::string> outputs;
+  std::vector<std::string> inputs;
+  for (const Movement& movement : movements) {
+    outputs.push_back(movement.output.string());
+    inputs.insert(inputs.end(), movement.files.begin(), movement.files.end());
+  }
+  try {
+    RefuseOutputOverInputs(outputs, inputs);
+    return {};
+  } catch (const ConverterError& error) {
+    return ErrorLine(error);
+  }
 }
 
 }  // namespace
@@ -160,8 +208,13 @@ bool NaturalLess(const std::string& a, const std::string& b) {
 int RunBatch(const BatchOptions& options) {
   const auto started = std::chrono::steady_clock::now();
   size_t skipped = 0;
+  std::vector<Unreadable> unreadable;
   const std::vector<Movement> movements =
-      FindMovements(options.inputFolder, options.outputFolder, skipped);
+      FindMovements(options.inputFolder, options.outputFolder, skipped, unreadable);
+  if (const std::string refused = RefusedOutput(movements); !refused.empty()) {
+    std::fprintf(stderr, "musedata: %s\n", refused.c_str());
+    return 2;
+  }
 
   uintmax_t totalBytes = 0;
   for (const Movement& movement : movements) totalBytes += movement.bytes;
@@ -171,41 +224,51 @@ int RunBatch(const BatchOptions& options) {
   size_t converted = 0;
   size_t files = 0;
   std::vector<std::pair<std::string, std::string>> failures;  // movement, error line
+  for (const auto& [label, reason] : unreadable) failures.emplace_back(label, reason);
+  const size_t found = movements.size() + unreadable.size();
 
   std::atomic<size_t> next{0};
   const auto work = [&] {
-    for (size_t index = next++; index < movements.size(); index = next++) {
+    for (size_t index = next++; index < movements.size() && !IsInterrupted(); index = next++) {
       const Movement& movement = movements[index];
       ImportOptions import = options.import;
-      import.warning = [&](const std::string& text) { const std::lock_guard<std::mutex> guard(lock);
-      bar.Finish();
-      std::fprintf(stderr, "musedata: warning: %s: %s\n", movement.label.c_str(), text.c_str());
+      import.progress = [](const std::string&, int32_t, int32_t, bool& cancel) {
+        cancel = IsInterrupted();
     };
-    std::string failure;
-    try {
-      const ImportResult result = ImportScore(movement.files, import);
-      if (result.complete) {
-        std::error_code ignored;
-        fs::create_directories(movement.output.parent_path(), ignored);
-        WriteMusicXmlFile(result.document, movement.output.string());
-      } else {
-        failure = "conversion stopped: " + result.stoppedAt + "; nothing written";
-      }
-    } catch (const ConverterError& error) {
-      failure = ErrorLine(error);
-    }
-    const std::lock_guard<std::mutex> guard(lock);
-    if (failure.empty()) {
-      ++converted;
-      files += movement.files.size();
+    import.warning = [&](const std::string& text) { const std::lock_guard<std::mutex> guard(lock);
+    bar.Finish();
+    std::fprintf(stderr, "musedata: warning: %s: %s\n", movement.label.c_str(), text.c_str());
+  };
+  std::string failure;
+  bool written = false;
+  try {
+    const ImportResult result = ImportScore(movement.files, import);
+    if (result.complete) {
+      std::error_code ignored;
+      fs::create_directories(movement.output.parent_path(), ignored);
+      WriteOptions writing;
+      writing.progress = [](int64_t, bool& cancel) { cancel = IsInterrupted(); };
+      written = WriteMusicXmlFile(result.document, movement.output.string(), writing);
     } else {
-      failures.emplace_back(movement.label, failure);
+      failure = "conversion stopped: " + result.stoppedAt + "; nothing written";
     }
-    doneBytes += movement.bytes;
-    bar.Update(std::to_string(converted + failures.size()) + " of " +
-                   std::to_string(movements.size()) + " movements",
-               static_cast<int64_t>(doneBytes), static_cast<int64_t>(totalBytes));
+  } catch (const ConverterError& error) {
+    failure = ErrorLine(error);
   }
+  const std::lock_guard<std::mutex> guard(lock);
+  // A movement that the signal broke off is neither converted nor failed.
+  const bool stopped = IsInterrupted() && !written;
+  if (!stopped && failure.empty()) {
+    ++converted;
+    files += movement.files.size();
+  } else if (!stopped) {
+    failures.emplace_back(movement.label, failure);
+  }
+  doneBytes += movement.bytes;
+  bar.Update(
+      std::to_string(converted + failures.size()) + " of " + std::to_string(found) + " movements",
+      static_cast<int64_t>(doneBytes), static_cast<int64_t>(totalBytes));
+}
 };
 unsigned jobs = options.jobs ? options.jobs : std::max(1u, std::thread::hardware_concurrency());
 jobs = static_cast<unsigned>(std::min<size_t>(jobs, std::max<size_t>(movements.size(), 1)));
@@ -219,7 +282,10 @@ const double seconds =
     std::chrono::duration<double>(std::chrono::steady_clock::now() - started).count();
 std::sort(failures.begin(), failures.end());
 std::fprintf(stderr, "musedata: converted %zu of %zu movements (%zu files) in %.2f s", converted,
-             movements.size(), files, seconds);
+             found, files, seconds);
+if (IsInterrupted())
+  std::fprintf(stderr, " before %s interrupted the batch; the rest were not written",
+               InterruptName());
 if (skipped) std::fprintf(stderr, "; passed over %zu files that are not MuseData", skipped);
 std::fprintf(stderr, "\n");
 if (!failures.empty()) {
@@ -227,7 +293,8 @@ if (!failures.empty()) {
   for (const auto& [label, line] : failures)
     std::fprintf(stderr, "musedata: %s: %s\n", label.c_str(), line.c_str());
 }
-if (movements.empty()) {
+if (IsInterrupted()) return InterruptedExitStatus();
+if (found == 0) {
   std::fprintf(stderr, "musedata: no MuseData files below %s\n", options.inputFolder.c_str());
   return 2;
 }

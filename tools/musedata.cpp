@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "batch.h"
+#include "interrupt.h"
 #include "progress_bar.h"
 
 namespace fs = std::filesystem;
@@ -60,6 +61,14 @@ void KeepUntilExit(musedata::Document document) {
   static std::vector<musedata::Document>* const kept =
       std::make_unique<std::vector<musedata::Document>>().release();
   kept->push_back(std::move(document));
+}
+
+// Reports a run that a signal stopped; the status tells the shell which one.
+int Interrupted(const std::string& output, bool written) {
+  const std::string name = output == "-" ? "standard output" : output;
+  std::fprintf(stderr, "musedata: interrupted by %s; %s %s\n", musedata::tool::InterruptName(),
+               name.c_str(), written ? "was written before it came" : "left as it was");
+  return musedata::tool::InterruptedExitStatus();
 }
 
 struct ImportCommand {
@@ -114,32 +123,35 @@ int RunImport(const ImportCommand& command) {
     return kExitUsage;
   }
   musedata::tool::ProgressBar bar(command.progress);
-  options.progress = [&](const std::string& file, int32_t current, int32_t size, bool&) {
+  options.progress = [&](const std::string& file, int32_t current, int32_t size, bool& cancel) {
     bar.Update(file, current, size);
+    cancel = musedata::tool::IsInterrupted();
   };
+  musedata::WriteOptions writing;
+  writing.progress = [](int64_t, bool& cancel) { cancel = musedata::tool::IsInterrupted(); };
   options.warning = [&](const std::string& text) {
     bar.Finish();
     std::fprintf(stderr, "musedata: warning: %s\n", text.c_str());
   };
   try {
+    // An output that is one of the inputs would destroy it: refused before any work.
+    musedata::RefuseOutputOverInputs({command.output}, files);
     musedata::ImportResult result = musedata::ImportScore(files, options);
     bar.Finish();
+    if (musedata::tool::IsInterrupted()) return Interrupted(command.output, false);
     if (!result.complete) {
       std::fprintf(stderr, "musedata: conversion stopped: %s; nothing written\n",
                    result.stoppedAt.c_str());
       return kExitIncomplete;
     }
-    if (toStdout) {
-      const std::string text = musedata::ToMusicXmlText(result.document);
-      std::fwrite(text.data(), 1, text.size(), stdout);
-      std::fflush(stdout);
-    } else {
-      musedata::WriteMusicXmlFile(result.document, command.output);
-    }
+    const bool written = musedata::WriteMusicXmlFile(result.document, command.output, writing);
     KeepUntilExit(std::move(result.document));
+    if (musedata::tool::IsInterrupted()) return Interrupted(command.output, written);
     return kExitDone;
   } catch (const musedata::ConverterError& error) {
     bar.Finish();
+    // A write that a signal broke off fails as a write; the signal is the news.
+    if (musedata::tool::IsInterrupted()) return Interrupted(command.output, false);
     PrintError(error);
     return kExitError;
   }
@@ -148,6 +160,7 @@ int RunImport(const ImportCommand& command) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  musedata::tool::InstallInterruptHandlers();
   CLI::App app{"musedata: converts MuseData part files into MusicXML scores", "musedata"};
   app.set_version_flag("--version", std::string("musedata ") + "0.1.0");
   app.require_subcommand(1);
