@@ -3,11 +3,9 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
-#include <sys/sysmacros.h>
 #include <unistd.h>
 
 #include <filesystem>
-#include <thread>
 
 #include "musedata/converter_error.h"
 #include "musedata/score.h"
@@ -78,32 +76,6 @@ TEST(AtomicFile, EachKindOfOutputIsWrittenByItsRule) {
     }
     if (path.starts_with("/proc/self/fd/")) ::close(std::stoi(path.substr(14)));
   }
-}
-
-// A FIFO and a device are written to, never renamed over.
-TEST(AtomicFile, FifoAndDeviceStayWhatTheyAre) {
-  const TempDir dir;
-  const std::string fifo = dir.Path() + "/pipe";
-  ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
-  std::string received;
-  std::thread reader([&] { received = ReadFile(fifo); });
-  {
-    AtomicFileWriter writer(fifo);
-    EXPECT_EQ(writer.Kind(), OutputKind::Direct);
-    writer.Write(std::string(200'000, 'x'));
-    EXPECT_TRUE(writer.Commit());
-  }
-  reader.join();
-  EXPECT_EQ(received, std::string(200'000, 'x'));
-  EXPECT_EQ(fs::symlink_status(fifo).type(), fs::file_type::fifo);
-
-  if (::geteuid() != 0) GTEST_SKIP() << "making a device node needs root";
-  // A null device of the test's own, in its own folder.
-  const std::string device = dir.Path() + "/null";
-  ASSERT_EQ(::mknod(device.c_str(), S_IFCHR | 0666, ::makedev(1, 3)), 0);
-  WriteFileAtomically(device, "<score/>");
-  EXPECT_EQ(fs::symlink_status(device).type(), fs::file_type::character);
-  EXPECT_EQ(EntriesIn(dir.Path()), 2);
 }
 
 TEST(AtomicFile, FailedOrCancelledWritesLeaveTheTargetAlone) {
