@@ -64,7 +64,7 @@ void KeepUntilExit(musedata::Document document) {
 }
 
 // Reports a run that a signal stopped; the status tells the shell which one.
-int Interrupted(const std::string& output, bool written) {
+int ReportInterruption(const std::string& output, bool written) {
   const std::string name = output == "-" ? "standard output" : output;
   std::fprintf(stderr, "musedata: interrupted by %s; %s %s\n", musedata::tool::InterruptName(),
                name.c_str(), written ? "was written before it came" : "left as it was");
@@ -138,7 +138,7 @@ int RunImport(const ImportCommand& command) {
     musedata::RefuseOutputOverInputs({command.output}, files);
     musedata::ImportResult result = musedata::ImportScore(files, options);
     bar.Finish();
-    if (musedata::tool::IsInterrupted()) return Interrupted(command.output, false);
+    if (musedata::tool::IsInterrupted()) return ReportInterruption(command.output, false);
     if (!result.complete) {
       std::fprintf(stderr, "musedata: conversion stopped: %s; nothing written\n",
                    result.stoppedAt.c_str());
@@ -146,12 +146,12 @@ int RunImport(const ImportCommand& command) {
     }
     const bool written = musedata::WriteMusicXmlFile(result.document, command.output, writing);
     KeepUntilExit(std::move(result.document));
-    if (musedata::tool::IsInterrupted()) return Interrupted(command.output, written);
+    if (musedata::tool::IsInterrupted()) return ReportInterruption(command.output, written);
     return kExitDone;
   } catch (const musedata::ConverterError& error) {
     bar.Finish();
     // A write that a signal broke off fails as a write; the signal is the news.
-    if (musedata::tool::IsInterrupted()) return Interrupted(command.output, false);
+    if (musedata::tool::IsInterrupted()) return ReportInterruption(command.output, false);
     PrintError(error);
     return kExitError;
   }

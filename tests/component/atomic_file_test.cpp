@@ -40,13 +40,6 @@ TEST(AtomicFile, EachKindOfOutputIsWrittenByItsRule) {
          return path;
        },
        OutputKind::Replace, fs::file_type::regular, "old.xml", 1, 0640},
-      {"a link to a file",
-       [](const TempDir& d) {
-         d.Write("real.xml", "old");
-         fs::create_symlink("real.xml", d.Path() + "/link.xml");
-         return d.Path() + "/link.xml";
-       },
-       OutputKind::Replace, fs::file_type::symlink, "real.xml", 2, 0},
       {"a link to a name not made yet",
        [](const TempDir& d) {
          fs::create_symlink("later.xml", d.Path() + "/link.xml");
@@ -102,35 +95,6 @@ TEST(AtomicFile, FailedOrCancelledWritesLeaveTheTargetAlone) {
     const std::string error = ErrorOf([&] { AtomicFileWriter writer(path); });
     EXPECT_EQ(error.substr(0, 4), "#75 ");
     EXPECT_NE(error.find("cannot write " + path + ": "), std::string::npos) << error;
-  }
-}
-
-TEST(AtomicFile, OutputsThatAreInputsAreRefused) {
-  const TempDir dir;
-  const std::string input = dir.Write("a.md", "part");
-  fs::create_symlink("a.md", dir.Path() + "/link.md");
-  fs::create_hard_link(input, dir.Path() + "/hard.md");
-  dir.Write("other.md", "other");
-  const struct {
-    std::string output;
-    bool refused;
-  } rows[] = {
-      {input, true},
-      {dir.Path() + "/./a.md", true},
-      {dir.Path() + "/link.md", true},
-      {dir.Path() + "/hard.md", true},
-      {dir.Path() + "/other.md", false},
-      {dir.Path() + "/new.xml", false},
-  };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.output);
-    const std::string error = ErrorOf([&] {
-      RefuseOutputOverInputs({dir.Path() + "/x.xml", row.output}, {input});
-    });
-    EXPECT_EQ(error != "no error", row.refused) << error;
-    if (!row.refused) continue;
-    EXPECT_EQ(error, "#75 musedata: Path/File access error: writing " + row.output +
-                         " would overwrite the input " + input + "; refused, nothing written");
   }
 }
 

@@ -105,10 +105,12 @@ TEST(OutputTool, OutputsThatWouldOverwriteAnInputAreRefused) {
   fs::create_directories(folder.Path() + "/in");
   folder.Write("in/a.md", part);
   fs::create_symlink("a.md", folder.Path() + "/in/link.md");
+  fs::create_hard_link(folder.Path() + "/in/a.md", folder.Path() + "/in/hard.md");
   fs::create_directories(folder.Path() + "/out");
   fs::create_symlink("../in/a.md", folder.Path() + "/out/in.musicxml");
-  for (const char* arguments : {"in/a.md -o in/a.md", "./in/a.md -o in/../in/a.md",
-                                "in/a.md -o in/link.md", "in -o in/link.md", "--batch in -o out"}) {
+  for (const char* arguments :
+       {"in/a.md -o in/a.md", "./in/a.md -o in/../in/a.md", "in/a.md -o in/link.md",
+        "in/hard.md -o in/a.md", "in -o in/link.md", "--batch in -o out"}) {
     SCOPED_TRACE(arguments);
     const ToolRun run = RunTool(folder.Path(), std::string("import ") + arguments);
     EXPECT_EQ(run.status, 2);
