@@ -161,7 +161,9 @@ std::string Describe(const std::string& name) {
 
 }  // namespace
 
-AtomicFileWriter::AtomicFileWriter(std::string path) : m_name(Describe(path)) {
+AtomicFileWriter::AtomicFileWriter(std::string path,
+                                   std::function<void(int64_t written, bool& cancel)> progress)
+    : Progress(std::move(progress)), m_name(Describe(path)) {
   m_buffer.reserve(kBufferSize);
   Open(path);
 }
@@ -195,7 +197,8 @@ void AtomicFileWriter::Open(const std::string& path) {
   if (resolution.existing) {
     const struct stat& existing = *resolution.existing;
     if (::fchown(m_fd, existing.st_uid, existing.st_gid) != 0) {
-      // Only the owner's own files can be given away; the group may still fit.
+      // Only root may hand a file to another owner; anyone else replaces a
+      // file of their own, which the new one already is.
     }
     ::fchmod(m_fd, existing.st_mode & 07777);
   } else {

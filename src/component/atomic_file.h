@@ -36,8 +36,11 @@ enum class OutputKind {
 class AtomicFileWriter {
  public:
   // Opens the output at `path` by the rule above; for Replace, creates the
-  // temporary file next to the file that `path` finally names.
-  explicit AtomicFileWriter(std::string path);
+  // temporary file next to the file that `path` finally names. `progress`
+  // becomes Progress at once, so that it can also stop a wait for a FIFO's
+  // reader.
+  explicit AtomicFileWriter(std::string path,
+                            std::function<void(int64_t written, bool& cancel)> progress = {});
   // An unfinished writer removes its temporary file.
   ~AtomicFileWriter();
   AtomicFileWriter(const AtomicFileWriter&) = delete;

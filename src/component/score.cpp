@@ -184,8 +184,7 @@ bool WriteMusicXmlFile(const Document& document, const std::string& path,
                        const WriteOptions& options) {
   // The text of a score is about ten times the size of its MuseData; written
   // straight into the file it never has to be held in memory beside the tree.
-  AtomicFileWriter writer(path);
-  writer.Progress = options.progress;
+  AtomicFileWriter writer(path, options.progress);
   if (xml::WriteIndented(document, [&](std::string_view text) { return writer.Append(text); }))
     return writer.Commit();
   // A failed write raises its own error here; a cancelled one only stops.
