@@ -28,6 +28,7 @@ constexpr int kExitError = 2;
 constexpr int kExitUsage = 64;
 
 // A folder stands for its regular, non-hidden files in natural name order.
+// Raises ConverterError naming a folder that cannot be read.
 std::vector<std::string> ExpandInputs(const std::vector<std::string>& inputs) {
   std::vector<std::string> files;
   for (const std::string& input : inputs) {
@@ -37,7 +38,13 @@ std::vector<std::string> ExpandInputs(const std::vector<std::string>& inputs) {
       continue;
     }
     std::vector<std::string> names;
-    for (const fs::directory_entry& entry : fs::directory_iterator(input, status)) {
+    const fs::directory_iterator folder(input, status);
+    if (status) {
+      throw musedata::ConverterError(
+          75, "musedata",
+          "Path/File access error: cannot read the folder " + input + ": " + status.message());
+    }
+    for (const fs::directory_entry& entry : folder) {
       const std::string name = entry.path().filename().string();
       if (name.empty() || name.front() == '.' || !entry.is_regular_file(status)) continue;
       names.push_back(name);
@@ -115,7 +122,13 @@ int RunImport(const ImportCommand& command) {
     return kExitUsage;
   }
 
-  const std::vector<std::string> files = ExpandInputs(command.inputs);
+  std::vector<std::string> files;
+  try {
+    files = ExpandInputs(command.inputs);
+  } catch (const musedata::ConverterError& error) {
+    PrintError(error);
+    return kExitError;
+  }
   // Folders without a single part file leave nothing to convert; an empty
   // document would not be a MusicXML score.
   if (files.empty()) {

@@ -291,11 +291,16 @@ TEST(OutputTool, UnreadableFoldersAndFilesAreNamed) {
       << batch.err;
   EXPECT_TRUE(fs::exists(folder.Path() + "/out/three.musicxml"));
 
-  const ToolRun single = RunScript(folder.Path(), as + "$TOOL import in/four/part.md");
-  EXPECT_EQ(single.status, 2);
-  EXPECT_EQ(single.err,
+  const ToolRun file = RunScript(folder.Path(), as + "$TOOL import in/four/part.md");
+  EXPECT_EQ(file.status, 2);
+  EXPECT_EQ(file.err,
             "musedata: error 0x80041778 (Verdantix): in/four/part.md: MuseData Load error 75: "
             "Path/File access error\n");
+  const ToolRun inputFolder = RunScript(folder.Path(), as + "$TOOL import in/two");
+  EXPECT_EQ(inputFolder.status, 2);
+  EXPECT_EQ(inputFolder.err,
+            "musedata: error 0x0000004B (musedata): Path/File access error: cannot read the "
+            "folder in/two: Permission denied\n");
 }
 }  // namespace
 }  // namespace musedata::test
