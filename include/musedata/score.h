@@ -40,8 +40,10 @@ struct ImportResult {
 
 // Loads the MuseData files `paths`, in order, as the parts of one score.
 // Raises ConverterError for a file that cannot be read or a record that cannot
-// be converted; an import that a record or the host ended early is a result
-// with `complete` false.
+// be converted, its description beginning with the file (and line) it came
+// from; a file that is no MuseData text at all (UTF-16 or UTF-32, NUL bytes, a
+// zip container, MusicXML) raises 13 naming what it is. An import that a
+// record or the host ended early is a result with `complete` false.
 ImportResult ImportScore(const std::vector<std::string>& paths, const ImportOptions& options = {});
 
 struct ExportOptions {
