@@ -15,6 +15,7 @@
 
 #include "component/set_file.h"
 #include "component/zip_archive.h"
+#include "interrupt.h"
 #include "musedata/converter_error.h"
 #include "progress_bar.h"
 
@@ -45,15 +46,17 @@ bool HasMuseDataEnding(const fs::path& path) {
          ending == ".md2" || ending == ".zip";
 }
 
-enum class FileKind { NoPart, Part, Set, Zip };
+enum class FileKind { NoPart, Part, Set, Zip, Unreadable };
 
 // Decides by content: a zip container or a file of several parts is a
 // movement of its own, a file of one part is a part of its folder's movement,
 // whether or not it ends with "/eof".
 FileKind Classify(const fs::path& path) {
   std::ifstream stream(path, std::ios::binary);
+  if (!stream) return FileKind::Unreadable;
   const std::string bytes((std::istreambuf_iterator<char>(stream)),
                           std::istreambuf_iterator<char>());
+  if (stream.bad()) return FileKind::Unreadable;
   if (LooksLikeZip(bytes)) return FileKind::Zip;
   const size_t parts = SetFileParts(bytes).parts.size();
   return parts == 0 ? FileKind::NoPart : parts == 1 ? FileKind::Part : FileKind::Set;
@@ -67,22 +70,49 @@ bool IsHidden(const fs::path& path) {
 // Files without a MuseData part, by the folder they stand in.
 using PassedOver = std::map<fs::path, std::vector<std::string>>;
 
+// A folder or file of the tree that could not be read, and why.
+struct Unreadable {
+  std::string label;
+  std::string reason;
+};
+
+std::string Reason(const std::error_code& error) {
+  return "cannot be read: " + error.message();
+}
+
+// Walks the whole tree: a folder or file that cannot be read is noted in
+// `unreadable` and the walk goes on past it.
 std::vector<Movement> FindMovements(const fs::path& input, const fs::path& output,
-                                    PassedOver& passedOver) {
+                                    PassedOver& passedOver, std::vector<Unreadable>& unreadable) {
   std::map<fs::path, Movement> folders;  // part files by their folder
   std::vector<Movement> movements;
   std::error_code status;
-  for (auto entry = fs::recursive_directory_iterator(input, status);
-       entry != fs::recursive_directory_iterator(); entry.increment(status)) {
-    if (status) break;
+  std::error_code walk;
+  for (auto entry = fs::recursive_directory_iterator(input, walk);
+       entry != fs::recursive_directory_iterator(); entry.increment(walk)) {
     const fs::path& path = entry->path();
     if (IsHidden(path)) {
       if (entry->is_directory(status)) entry.disable_recursion_pending();
       continue;
     }
+    const fs::path relative = fs::relative(path, input, status);
+    if (entry->is_directory(status)) {
+      // Stepping into a folder that cannot be opened would end the walk.
+      std::error_code opened;
+      fs::directory_iterator probe(path, opened);
+      if (opened) {
+        unreadable.push_back({relative.string() + "/", Reason(opened)});
+        entry.disable_recursion_pending();
+      }
+      continue;
+    }
     if (!entry->is_regular_file(status) || !HasMuseDataEnding(path)) continue;
     const FileKind kind = Classify(path);
-    const fs::path relative = fs::relative(path, input, status);
+    if (kind == FileKind::Unreadable) {
+      unreadable.push_back(
+          {relative.string(), Reason(std::error_code(errno, std::generic_category()))});
+      continue;
+    }
     if (kind == FileKind::NoPart) {
       passedOver[relative.parent_path()].push_back(relative.filename().string());
       continue;
@@ -106,6 +136,7 @@ std::vector<Movement> FindMovements(const fs::path& input, const fs::path& outpu
     movement.files.push_back(path.string());
     movement.bytes += entry->file_size(status);
   }
+  if (walk) unreadable.push_back({input.string(), Reason(walk)});
   for (auto& [folder, movement] : folders) {
     std::sort(movement.files.begin(), movement.files.end(), NaturalLess);
     movements.push_back(std::move(movement));
@@ -133,13 +164,35 @@ std::string ErrorLine(const ConverterError& error) {
   return std::string("error ") + number + " (" + error.Source() + "): " + error.Description();
 }
 
+// Every output of the batch that would overwrite one of its inputs, as one
+// message; empty when there is none.
+std::string RefusedOutput(const std::vector<Movement>& movements) {
+  std::vector<std::string> outputs;
+  std::vector<std::string> inputs;
+  for (const Movement& movement : movements) {
+    outputs.push_back(movement.output.string());
+    inputs.insert(inputs.end(), movement.files.begin(), movement.files.end());
+  }
+  try {
+    RefuseOutputOverInputs(outputs, inputs);
+    return {};
+  } catch (const ConverterError& error) {
+    return ErrorLine(error);
+  }
+}
+
 }  // namespace
 
 int RunBatch(const BatchOptions& options) {
   const auto started = std::chrono::steady_clock::now();
   PassedOver passedOver;
+  std::vector<Unreadable> unreadable;
   const std::vector<Movement> movements =
-      FindMovements(options.inputFolder, options.outputFolder, passedOver);
+      FindMovements(options.inputFolder, options.outputFolder, passedOver, unreadable);
+  if (const std::string refused = RefusedOutput(movements); !refused.empty()) {
+    std::fprintf(stderr, "musedata: %s\n", refused.c_str());
+    return 2;
+  }
   size_t skipped = 0;
   for (const auto& [folder, names] : passedOver) {
     std::string list;
@@ -158,46 +211,60 @@ int RunBatch(const BatchOptions& options) {
   size_t files = 0;
   PartTally parts;  // loaded: into the movements converted
   std::vector<std::pair<std::string, std::string>> failures;  // movement, error line
+  for (const auto& [label, reason] : unreadable) failures.emplace_back(label, reason);
+  const size_t found = movements.size() + unreadable.size();
 
-  std::atomic<size_t> next{0};
-  const auto work = [&] {
-    for (size_t index = next++; index < movements.size(); index = next++) {
-      const Movement& movement = movements[index];
-      ImportOptions import = options.import;
-      import.warning = [&](const std::string& text) { const std::lock_guard<std::mutex> guard(lock);
-      bar.Finish();
-      std::fprintf(stderr, "musedata: warning: %s: %s\n", movement.label.c_str(), text.c_str());
-    };
-    PartTally tally;
-    import.partCounted = std::bind_front(&PartTally::Count, &tally);
-    std::string failure;
-    try {
-      const ImportResult result = ImportScore(movement.files, import);
-      if (result.complete) {
-        std::error_code ignored;
-        fs::create_directories(movement.output.parent_path(), ignored);
-        WriteMusicXmlFile(result.document, movement.output.string());
-      } else {
-        failure = "conversion stopped: " + result.stoppedAt + "; nothing written";
-      }
-    } catch (const ConverterError& error) {
-      failure = ErrorLine(error);
-    }
-    const std::lock_guard<std::mutex> guard(lock);
-    parts.found += tally.found;
-    parts.outsideGroup += tally.outsideGroup;
-    if (failure.empty()) {
-      ++converted;
-      files += movement.files.size();
-      parts.loaded += tally.loaded;
-    } else {
-      failures.emplace_back(movement.label, failure);
-    }
-    doneBytes += movement.bytes;
-    bar.Update(std::to_string(converted + failures.size()) + " of " +
-                   std::to_string(movements.size()) + " movements",
-               static_cast<int64_t>(doneBytes), static_cast<int64_t>(totalBytes));
+  // Converts one movement; a movement that a signal broke off is neither
+  // converted nor failed.
+  const auto convert = [&](const Movement& movement) {
+    ImportOptions import = options.import;
+    import.progress = [](const std::string&, int32_t, int32_t, bool& cancel) {
+      cancel = IsInterrupted();
+  };
+  import.warning = [&](const std::string& text) { const std::lock_guard<std::mutex> guard(lock);
+  bar.Finish();
+  std::fprintf(stderr, "musedata: warning: %s: %s\n", movement.label.c_str(), text.c_str());
+};
+PartTally tally;
+import.partCounted = std::bind_front(&PartTally::Count, &tally);
+std::string failure;
+bool written = false;
+try {
+  const ImportResult result = ImportScore(movement.files, import);
+  if (result.complete) {
+    std::error_code ignored;
+    fs::create_directories(movement.output.parent_path(), ignored);
+    WriteOptions writing;
+    writing.progress = [](int64_t, bool& cancel) { cancel = IsInterrupted(); };
+    written = WriteMusicXmlFile(result.document, movement.output.string(), writing);
+  } else {
+    failure = "conversion stopped: " + result.stoppedAt + "; nothing written";
   }
+} catch (const ConverterError& error) {
+  failure = ErrorLine(error);
+}
+const std::lock_guard<std::mutex> guard(lock);
+const bool stopped = IsInterrupted() && !written;
+if (!stopped) {
+  parts.found += tally.found;
+  parts.outsideGroup += tally.outsideGroup;
+}
+if (!stopped && failure.empty()) {
+  ++converted;
+  files += movement.files.size();
+  parts.loaded += tally.loaded;
+} else if (!stopped) {
+  failures.emplace_back(movement.label, failure);
+}
+doneBytes += movement.bytes;
+bar.Update(std::to_string(converted + failures.size()) + " of " + std::to_string(found) +
+               " movements",
+           static_cast<int64_t>(doneBytes), static_cast<int64_t>(totalBytes));
+};
+std::atomic<size_t> next{0};
+const auto work = [&] {
+  for (size_t index = next++; index < movements.size() && !IsInterrupted(); index = next++)
+    convert(movements[index]);
 };
 unsigned jobs = options.jobs ? options.jobs : std::max(1u, std::thread::hardware_concurrency());
 jobs = static_cast<unsigned>(std::min<size_t>(jobs, std::max<size_t>(movements.size(), 1)));
@@ -211,9 +278,12 @@ const double seconds =
     std::chrono::duration<double>(std::chrono::steady_clock::now() - started).count();
 std::sort(failures.begin(), failures.end());
 std::fprintf(stderr, "musedata: converted %zu of %zu movements (%zu files, %zu of %zu parts",
-             converted, movements.size(), files, parts.loaded, parts.found);
+             converted, found, files, parts.loaded, parts.found);
 if (parts.outsideGroup) std::fprintf(stderr, "; %zu outside the group", parts.outsideGroup);
 std::fprintf(stderr, ") in %.2f s", seconds);
+if (IsInterrupted())
+  std::fprintf(stderr, " before %s interrupted the batch; the rest were not written",
+               InterruptName());
 if (skipped) std::fprintf(stderr, "; passed over %zu files that are not MuseData", skipped);
 std::fprintf(stderr, "\n");
 if (!failures.empty()) {
@@ -221,7 +291,8 @@ if (!failures.empty()) {
   for (const auto& [label, line] : failures)
     std::fprintf(stderr, "musedata: %s: %s\n", label.c_str(), line.c_str());
 }
-if (movements.empty()) {
+if (IsInterrupted()) return InterruptedExitStatus();
+if (found == 0) {
   std::fprintf(stderr, "musedata: no MuseData files below %s\n", options.inputFolder.c_str());
   return 2;
 }

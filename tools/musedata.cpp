@@ -15,6 +15,8 @@
 #include <vector>
 
 #include "batch.h"
+#include "component/natural_order.h"
+#include "interrupt.h"
 #include "progress_bar.h"
 
 namespace fs = std::filesystem;
@@ -27,6 +29,7 @@ constexpr int kExitError = 2;
 constexpr int kExitUsage = 64;
 
 // A folder stands for its regular, non-hidden files in natural name order.
+// Raises ConverterError naming a folder that cannot be read.
 std::vector<std::string> ExpandInputs(const std::vector<std::string>& inputs) {
   std::vector<std::string> files;
   for (const std::string& input : inputs) {
@@ -35,14 +38,7 @@ std::vector<std::string> ExpandInputs(const std::vector<std::string>& inputs) {
       files.push_back(input);
       continue;
     }
-    std::vector<std::string> names;
-    for (const fs::directory_entry& entry : fs::directory_iterator(input, status)) {
-      const std::string name = entry.path().filename().string();
-      if (name.empty() || name.front() == '.' || !entry.is_regular_file(status)) continue;
-      names.push_back(name);
-    }
-    std::sort(names.begin(), names.end(), musedata::tool::NaturalLess);
-    for (const std::string& name : names) files.push_back((fs::path(input) / name).string());
+    for (std::string& file : musedata::FolderFiles(input)) files.push_back(std::move(file));
   }
   return files;
 }
@@ -60,6 +56,14 @@ void KeepUntilExit(musedata::Document document) {
   static std::vector<musedata::Document>* const kept =
       std::make_unique<std::vector<musedata::Document>>().release();
   kept->push_back(std::move(document));
+}
+
+// Reports a run that a signal stopped; the status tells the shell which one.
+int ReportInterruption(const std::string& output, bool written) {
+  const std::string name = output == "-" ? "standard output" : output;
+  std::fprintf(stderr, "musedata: interrupted by %s; %s %s\n", musedata::tool::InterruptName(),
+               name.c_str(), written ? "was written before it came" : "left as it was");
+  return musedata::tool::InterruptedExitStatus();
 }
 
 struct ImportCommand {
@@ -116,7 +120,13 @@ int RunImport(const ImportCommand& command) {
     return kExitUsage;
   }
 
-  const std::vector<std::string> files = ExpandInputs(command.inputs);
+  std::vector<std::string> files;
+  try {
+    files = ExpandInputs(command.inputs);
+  } catch (const musedata::ConverterError& error) {
+    PrintError(error);
+    return kExitError;
+  }
   // Folders without a single part file leave nothing to convert; an empty
   // document would not be a MusicXML score.
   if (files.empty()) {
@@ -124,33 +134,38 @@ int RunImport(const ImportCommand& command) {
     return kExitUsage;
   }
   musedata::tool::ProgressBar bar(command.progress);
-  options.progress = [&](const std::string& file, int32_t current, int32_t size, bool&) {
+  options.progress = [&](const std::string& file, int32_t current, int32_t size, bool& cancel) {
     bar.Update(file, current, size);
+    cancel = musedata::tool::IsInterrupted();
   };
+  musedata::WriteOptions writing;
+  writing.progress = [](int64_t, bool& cancel) { cancel = musedata::tool::IsInterrupted(); };
   options.warning = [&](const std::string& text) {
     bar.Finish();
     std::fprintf(stderr, "musedata: warning: %s\n", text.c_str());
   };
   try {
-    musedata::ImportResult result = musedata::ImportScore(files, options);
+    // An output that is one of the inputs would destroy it: refused before any work.
+    musedata::RefuseOutputOverInputs({command.output}, files);
+    // Folders go to the import as folders: a file in one that is no MuseData
+    // at all (the MusicXML beside the parts, say) is passed over with a warning.
+    musedata::ImportResult result = musedata::ImportScore(command.inputs, options);
     bar.Finish();
+    if (musedata::tool::IsInterrupted()) return ReportInterruption(command.output, false);
     if (command.verbose && result.complete && options.finish) PrintFinishCounts(result.finished);
     if (!result.complete) {
       std::fprintf(stderr, "musedata: conversion stopped: %s; nothing written\n",
                    result.stoppedAt.c_str());
       return kExitIncomplete;
     }
-    if (toStdout) {
-      const std::string text = musedata::ToMusicXmlText(result.document);
-      std::fwrite(text.data(), 1, text.size(), stdout);
-      std::fflush(stdout);
-    } else {
-      musedata::WriteMusicXmlFile(result.document, command.output);
-    }
+    const bool written = musedata::WriteMusicXmlFile(result.document, command.output, writing);
     KeepUntilExit(std::move(result.document));
+    if (musedata::tool::IsInterrupted()) return ReportInterruption(command.output, written);
     return kExitDone;
   } catch (const musedata::ConverterError& error) {
     bar.Finish();
+    // A write that a signal broke off fails as a write; the signal is the news.
+    if (musedata::tool::IsInterrupted()) return ReportInterruption(command.output, false);
     PrintError(error);
     return kExitError;
   }
@@ -159,6 +174,7 @@ int RunImport(const ImportCommand& command) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  musedata::tool::InstallInterruptHandlers();
   CLI::App app{"musedata: converts MuseData part files into MusicXML scores", "musedata"};
   app.set_version_flag("--version", std::string("musedata ") + "0.1.0");
   app.require_subcommand(1);

@@ -60,9 +60,11 @@ struct ImportResult {
 // part (no group-membership record where a header has one) are passed over
 // and named in one warning; every part not loaded is named in a warning with
 // the reason. Raises ConverterError for a file that cannot be read or a record
-// that cannot be converted, its description led by the file, part and line;
-// an import that a record or the host ended early, or that lost a part for
-// any reason but the group, is a result with `complete` false.
+// that cannot be converted, its description led by the file, part and line; a
+// file given by name that is no MuseData text at all (UTF-16 or UTF-32, NUL
+// bytes, MusicXML) raises 13 naming what it is. An import that a record or the
+// host ended early, or that lost a part for any reason but the group, is a
+// result with `complete` false.
 ImportResult ImportScore(const std::vector<std::string>& paths, const ImportOptions& options = {});
 
 struct ExportOptions {
@@ -86,10 +88,31 @@ bool ExportPart(const Document& document, int32_t partNumber, const std::string&
 // The document as indented UTF-8 MusicXML text.
 std::string ToMusicXmlText(const Document& document);
 
-// Writes the document as indented UTF-8 MusicXML to `path`, through a
-// temporary file in the same folder that replaces `path` only once it is
-// complete, so a failed write never spoils a good file. Raises ConverterError
-// (75, Path/File access error, naming the path) when the file cannot be written.
-void WriteMusicXmlFile(const Document& document, const std::string& path);
+struct WriteOptions {
+  // Called as the text goes out with the bytes written so far; setting cancel
+  // stops the write.
+  std::function<void(int64_t written, bool& cancel)> progress;
+};
+
+// Writes the document as indented UTF-8 MusicXML to `path`. A regular file
+// (or a new name, or the file a symbolic link names) is written through a
+// temporary file in the same folder that replaces it only once it is complete
+// and on the disk, so a failed write never spoils a good file; a device, a
+// FIFO, "-" (standard output) and /dev/stdout are written to directly.
+// Returns false, replacing nothing, when the progress handler cancelled.
+// Raises ConverterError (75, Path/File access error, naming the path) when the
+// file cannot be written, flush and close included.
+bool WriteMusicXmlFile(const Document& document, const std::string& path,
+                       const WriteOptions& options = {});
+
+// Raises ConverterError (75, Path/File access error, naming both files) when
+// an output names the same file as an input ("./a.md", "a.md" and links to it
+// alike; "-" is standard output), before any work is done.
+void RefuseOutputOverInputs(const std::vector<std::string>& outputs,
+                            const std::vector<std::string>& inputs);
+
+// Removes the temporary files of every write still under way in the process.
+// Safe to call from a signal handler that ends the process at once.
+void RemovePartialOutputs() noexcept;
 
 }  // namespace musedata

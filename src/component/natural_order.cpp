@@ -1,7 +1,11 @@
 #include "component/natural_order.h"
 
+#include <algorithm>
 #include <cctype>
+#include <filesystem>
 #include <string_view>
+
+#include "musedata/converter_error.h"
 
 namespace musedata {
 namespace {
@@ -36,6 +40,26 @@ bool NaturalLess(const std::string& a, const std::string& b) {
     }
   }
   return a.size() - i < b.size() - j;
+}
+
+std::vector<std::string> FolderFiles(const std::string& folder) {
+  namespace fs = std::filesystem;
+  std::error_code status;
+  const fs::directory_iterator entries(folder, status);
+  if (status)
+    throw ConverterError(
+        75, "musedata",
+        "Path/File access error: cannot read the folder " + folder + ": " + status.message());
+  std::vector<std::string> names;
+  for (const fs::directory_entry& entry : entries) {
+    const std::string name = entry.path().filename().string();
+    if (name.empty() || name.front() == '.' || !entry.is_regular_file(status)) continue;
+    names.push_back(name);
+  }
+  std::sort(names.begin(), names.end(), NaturalLess);
+  std::vector<std::string> files;
+  for (const std::string& name : names) files.push_back((fs::path(folder) / name).string());
+  return files;
 }
 
 }  // namespace musedata

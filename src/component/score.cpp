@@ -6,6 +6,7 @@
 #include <optional>
 
 #include "component/atomic_file.h"
+#include "component/error_codes.h"
 #include "component/natural_order.h"
 #include "component/set_file.h"
 #include "component/trap.h"
@@ -79,23 +80,7 @@ class ScoreImport {
 
   // Loads every part of the file at `path`: a part file, a set file or a zip
   // container of them. False when a load stopped early.
-  bool LoadFile(const std::string& path) {
-    const std::optional<std::string> bytes = ReadWholeFile(path);
-    // A file that cannot be read is reported by the component itself, with
-    // the converter's own error for a missing file.
-    if (!bytes) return Judge(path, m_component.Load(path));
-    const std::string name = std::filesystem::path(path).filename().string();
-    const int32_t found = m_found;
-    const int32_t loaded = m_loaded;
-    const bool complete =
-        LooksLikeZip(*bytes) ? LoadZip(name, *bytes) : LoadMuseData(name, *bytes, m_passedOver);
-    // A file of several parts says how many it gave; each part not loaded
-    // has been named already.
-    if (complete && m_found - found > 1 && m_loaded - loaded < m_found - found)
-      Warn(name + ": " + std::to_string(m_loaded - loaded) + " of " +
-           std::to_string(m_found - found) + " parts loaded");
-    return complete;
-  }
+  bool LoadFile(const std::string& path) { return LoadFile(path, true); }
 
   // Names the files passed over, in one warning.
   void WarnPassedOver(std::vector<std::string>& files) {
@@ -119,6 +104,50 @@ class ScoreImport {
   }
 
  private:
+  // `named`: the file was given by name, not found in a folder. A named file
+  // that is no MuseData text at all is an error; one in a folder is passed over.
+  bool LoadFile(const std::string& path, bool named) {
+    std::error_code status;
+    if (std::filesystem::is_directory(path, status)) {
+      for (const std::string& file : FolderFiles(path))
+        if (!LoadFile(file, false)) return false;
+      return true;
+    }
+    const std::optional<std::string> bytes = ReadWholeFile(path);
+    // A file that cannot be read is reported by the component itself, with
+    // the converter's own error for a missing file.
+    if (!bytes) return LoadUnreadable(path);
+    const std::string name = std::filesystem::path(path).filename().string();
+    // Bytes that are no MuseData text at all would only fail as a header
+    // record that was not understood; they are named for what they are.
+    // A compressed MusicXML file is a zip container too, but no folder of parts.
+    const bool musicXml = std::filesystem::path(path).extension() == ".mxl";
+    if (named && (!LooksLikeZip(*bytes) || musicXml))
+      if (const std::string kind = ForeignTextKind(*bytes); !kind.empty())
+        throw ConverterError(13, "musedata", path + ": " + kind);
+    const int32_t found = m_found;
+    const int32_t loaded = m_loaded;
+    const bool complete =
+        LooksLikeZip(*bytes) ? LoadZip(name, *bytes) : LoadMuseData(name, *bytes, m_passedOver);
+    // A file of several parts says how many it gave; each part not loaded
+    // has been named already.
+    if (complete && m_found - found > 1 && m_loaded - loaded < m_found - found)
+      Warn(name + ": " + std::to_string(m_loaded - loaded) + " of " +
+           std::to_string(m_found - found) + " parts loaded");
+    return complete;
+  }
+
+  // The converter's own error for a file it cannot open; a missing file is
+  // named by its own message, any other failure gets the file's name in front.
+  bool LoadUnreadable(const std::string& path) {
+    try {
+      return Judge(path, m_component.Load(path));
+    } catch (const ConverterError& error) {
+      if (error.Number() == kErrorBase + kErrFileNotFound) throw;
+      throw ConverterError(error.Number(), error.Source(), path + ": " + error.Description());
+    }
+  }
+
   // A zip container stands for the folder it holds.
   bool LoadZip(const std::string& name, std::string_view bytes) {
     std::vector<ZipEntry> files = ReadZipArchive(bytes, name);
@@ -296,12 +325,19 @@ std::string ToMusicXmlText(const Document& document) {
   return xml::ToIndentedString(document);
 }
 
-void WriteMusicXmlFile(const Document& document, const std::string& path) {
+bool WriteMusicXmlFile(const Document& document, const std::string& path,
+                       const WriteOptions& options) {
   // The text of a score is about ten times the size of its MuseData; written
   // straight into the file it never has to be held in memory beside the tree.
-  AtomicFileWriter writer(path);
-  writer.WriteWith([&](std::FILE* file) { return xml::WriteIndented(document, file); });
-  writer.Commit();
+  AtomicFileWriter writer(path, options.progress);
+  if (xml::WriteIndented(document, [&](std::string_view text) { return writer.Append(text); }))
+    return writer.Commit();
+  // A failed write raises its own error here; a cancelled one only stops.
+  writer.Write({});
+  if (writer.Cancelled()) return false;
+  throw ConverterError(75, "musedata",
+                       "Path/File access error: cannot write " + writer.Path() +
+                           ": the MusicXML text could not be made");
 }
 
 }  // namespace musedata

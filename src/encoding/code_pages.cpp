@@ -153,4 +153,38 @@ std::optional<TextEncoding> ParseTextEncoding(std::string_view name) noexcept {
   return std::nullopt;
 }
 
+std::string ForeignTextKind(std::string_view bytes) {
+  constexpr std::string_view kTextEncodings = "; MuseData files are ASCII, CP437, Latin-1 or UTF-8";
+  // UTF-32's byte-order marks begin as UTF-16's little-endian one does.
+  if (bytes.starts_with(std::string_view("\xFF\xFE\0\0", 4)) ||
+      bytes.starts_with(std::string_view("\0\0\xFE\xFF", 4)))
+    return "UTF-32 text" + std::string(kTextEncodings);
+  if (bytes.starts_with("\xFF\xFE") || bytes.starts_with("\xFE\xFF"))
+    return "UTF-16 text" + std::string(kTextEncodings);
+  if (bytes.starts_with("PK\x03\x04")) return "a zip container, not MuseData text";
+  // Wide text without a byte-order mark shows as NUL bytes between the letters.
+  const std::string_view start = bytes.substr(0, 4096);
+  const size_t nul = start.find('\0');
+  if (nul != std::string_view::npos) {
+    size_t evenNuls = 0;
+    size_t oddNuls = 0;
+    for (size_t at = 0; at < start.size(); ++at)
+      if (start[at] == '\0') ++(at % 2 == 0 ? evenNuls : oddNuls);
+    const size_t half = start.size() / 2;
+    if (half > 0 && (evenNuls * 10 >= half * 9 || oddNuls * 10 >= half * 9))
+      return "UTF-16 text" + std::string(kTextEncodings);
+    return "binary data (NUL bytes), not MuseData text";
+  }
+  std::string_view text = bytes;
+  if (text.starts_with("\xEF\xBB\xBF")) text.remove_prefix(3);
+  const size_t first = text.find_first_not_of(" \t\r\n");
+  if (first != std::string_view::npos) {
+    text.remove_prefix(first);
+    if (text.starts_with("<?xml") || text.starts_with("<score-partwise") ||
+        text.starts_with("<score-timewise") || text.starts_with("<!DOCTYPE score-"))
+      return "MusicXML, not MuseData text";
+  }
+  return {};
+}
+
 }  // namespace musedata

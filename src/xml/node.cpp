@@ -441,13 +441,25 @@ std::string ToIndentedString(const Document& doc) {
   return std::string(reinterpret_cast<const char*>(buffer), static_cast<size_t>(size));
 }
 
-bool WriteIndented(const Document& doc, std::FILE* file) {
+bool WriteIndented(const Document& doc, const std::function<bool(std::string_view)>& write) {
   if (!doc) return true;
+  struct Sink {
+    const std::function<bool(std::string_view)>& write;
+    bool failed = false;
+  } sink{write};
+  const auto put = [](void* context, const char* text, int length) -> int {
+    auto& target = *static_cast<Sink*>(context);
+    if (!target.failed && !target.write(std::string_view(text, static_cast<size_t>(length))))
+      target.failed = true;
+    return length;
+  };
   // The same encoder as the in-memory dump, so the two texts are identical.
-  xmlOutputBuffer* output = xmlOutputBufferCreateFile(file, xmlFindCharEncodingHandler("UTF-8"));
+  xmlOutputBuffer* output =
+      xmlOutputBufferCreateIO(put, nullptr, &sink, xmlFindCharEncodingHandler("UTF-8"));
   if (!output) throw RunTimeError::OutOfMemory();
-  // Closes the buffer, which flushes it into `file` but leaves `file` open.
-  return xmlSaveFormatFileTo(output, doc.get(), "UTF-8", 1) >= 0;
+  // Closes the buffer, which hands its last piece to `write`.
+  const bool saved = xmlSaveFormatFileTo(output, doc.get(), "UTF-8", 1) >= 0;
+  return saved && !sink.failed;
 }
 
 }  // namespace xml

@@ -8,7 +8,7 @@
 #include <libxml/tree.h>
 
 #include <cstdint>
-#include <cstdio>
+#include <functional>
 #include <iterator>
 #include <string>
 #include <string_view>
@@ -169,8 +169,10 @@ std::string NodeToString(Node node);
 
 // Serialises the document as indented UTF-8 text.
 std::string ToIndentedString(const Document& doc);
-// Writes the same text as ToIndentedString to `file`, piece by piece, without
-// holding the whole text in memory. False when a write failed.
-bool WriteIndented(const Document& doc, std::FILE* file);
+// Hands the same text as ToIndentedString to `write`, piece by piece, without
+// holding the whole text in memory. Once `write` answers false the rest of the
+// text is dropped without calling it again, so libxml2 sees no failed write
+// and prints no error of its own; the result is then false.
+bool WriteIndented(const Document& doc, const std::function<bool(std::string_view)>& write);
 
 }  // namespace musedata::xml

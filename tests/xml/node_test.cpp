@@ -157,23 +157,28 @@ TEST(XmlNode, CommentEndingInHyphenStaysWellFormed) {
   }
 }
 
-TEST(XmlNode, WritingToAFileGivesTheIndentedText) {
+// The text arrives in pieces; a writer that fails is not called again.
+TEST(XmlNode, WritingInPiecesGivesTheIndentedText) {
   const Document doc = Parse(
       "<score-partwise><!--Generalba\xc3\x9f--><part id=\"P1\"><measure number=\"1\">"
       "<direction><words>f\xc3\xbcr &amp; &lt;dolce&gt;</words></direction>"
       "</measure></part></score-partwise>");
-  Root(doc).Child("part").Child("measure").AppendElement("note").AppendElement("rest");
-  const test::TempDir folder;
-  const std::string path = folder.Path() + "/score.musicxml";
-  std::FILE* file = std::fopen(path.c_str(), "wb");
-  ASSERT_NE(file, nullptr);
-  const bool written = WriteIndented(doc, file);
-  std::fclose(file);
-  EXPECT_TRUE(written);
-  const std::string text = test::ReadFile(path);
+  Node measure = Root(doc).Child("part").Child("measure");
+  for (int i = 0; i < 2000; ++i) measure.AppendElement("note").AppendElement("rest");
+  std::string text;
+  int pieces = 0;
+  EXPECT_TRUE(WriteIndented(doc, [&](std::string_view piece) {
+    text += piece;
+    return ++pieces > 0;
+  }));
+  EXPECT_GT(pieces, 1);
   EXPECT_EQ(text, ToIndentedString(doc));
   EXPECT_NE(text.find("f\xc3\xbcr &amp; &lt;dolce&gt;"), std::string::npos);
   EXPECT_NE(text.find("\n      <note>\n        <rest/>\n      </note>"), std::string::npos);
+
+  int calls = 0;
+  EXPECT_FALSE(WriteIndented(doc, [&](std::string_view) { return ++calls < 1; }));
+  EXPECT_EQ(calls, 1);
 }
 
 }  // namespace
