@@ -71,6 +71,10 @@ class LineBuilder {
   LineBuilder& Put(int32_t first, std::string_view text);
   // Writes `text` so that it ends at column `last`, right-aligned.
   LineBuilder& PutRight(int32_t last, std::string_view text);
+  // Writes `text` right after the last column written so far.
+  LineBuilder& Append(std::string_view text) { return Put(Length() + 1, text); }
+  // The number of columns written so far, trailing blanks included.
+  int32_t Length() const noexcept { return static_cast<int32_t>(m_cells.size()); }
   // The line with trailing blanks removed.
   std::string Finish() const;
 
