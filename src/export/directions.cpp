@@ -16,8 +16,8 @@
 namespace musedata {
 namespace {
 
-// One direction type's letter and the parameter it sets; a parameter of
-// nothing leaves the one before in place.
+// One direction type's letter and the parameter it sets; none leaves the
+// parameter of the type before in place.
 struct TypeCode {
   char letter = ' ';
   std::optional<std::string> parameter;
@@ -120,7 +120,8 @@ bool MusicXML::SaveDirection(xml::Node direction) {
       directionTypes.push_back(directionType);
       const TypeCode code = CodeOfDirectionType(directionType.FirstElement());
       line.Put(column, std::string(1, code.letter));
-      if (code.parameter) parameter = code.parameter;
+      // A text without a font number has no parameter to give.
+      if (code.parameter && !code.parameter->empty()) parameter = code.parameter;
     }
     // A "+" here is what MuseData reads as above the staff; it is written for
     // "below" all the same, as the export always has.

@@ -43,13 +43,15 @@ TEST(Score, ImportRunsEveryFileThroughOneComponent) {
 }
 
 // Until the MuseData writers exist, an export raises and leaves the file alone.
-TEST(Score, ExportPartLeavesTheFileAloneUntilWritersExist) {
+TEST(Score, ExportPartLeavesTheFileAloneWhenItFails) {
   TempDir dir;
   const std::string target = dir.Write("out.md", "kept\n");
   EXPECT_FALSE(ExportPart(InitializeXML(false, ""), 1, target));
   const ImportResult score = ImportScore({dir.Write("a.md", Part({"$ K:0 Q:4 T:4/4 C:4"}))});
-  EXPECT_THROW(ExportPart(score.document, 1, target), ConverterError);
+  EXPECT_THROW(ExportPart(score.document, 2, target), ConverterError);
   EXPECT_EQ(ReadFile(target), "kept\n");
+  EXPECT_TRUE(ExportPart(score.document, 1, target));
+  EXPECT_NE(ReadFile(target), "kept\n");
 }
 
 }  // namespace

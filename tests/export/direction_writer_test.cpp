@@ -65,6 +65,9 @@ TEST(DirectionWriter, WritesTypeParameterPlacementStaffAndText) {
        "<direction>" + Type(R"(<words font-family="serif">cresc.</words>)") + Type(R"(<wedge type="crescendo"/>)") +
        Type(R"(<octave-shift type="up"/>)") + "</direction>",
        Line({{1, "*"}, {17, "DE"}, {21, "0"}, {25, "cresc."}}) + "P C17:f31\n"},
+      {"a text without a font keeps the wedge's spread", "<direction>" + Type(R"(<wedge type="stop" spread="15"/>)") +
+       Type("<dynamics><f/></dynamics>") + "</direction>",
+       Line({{1, "*"}, {17, "FG"}, {21, "15"}, {25, "f"}})},
       {"a font in the second type column", "<direction>" + Type(R"(<wedge type="stop"/>)") +
        Type(R"(<words font-family="sans-serif">dim.</words>)") + "</direction>",
        Line({{1, "*"}, {17, "FD"}, {21, "21"}, {25, "dim."}}) + "P C18:f21\n"},
