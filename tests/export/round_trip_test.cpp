@@ -1,10 +1,12 @@
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <regex>
 #include <string>
 #include <vector>
 
 #include "export/canonical_xml.h"
+#include "export/movement_generator.h"
 #include "musedata/score.h"
 #include "support/test_support.h"
 #include "xml/node.h"
@@ -81,6 +83,70 @@ TEST(RoundTrip, MuseDataFirstKeepsTheScoreButForItsNamedLosses) {
     for (const Loss& loss : kLosses)
       expected = std::regex_replace(expected, loss.pattern, loss.replacement);
     EXPECT_EQ(Canonical(xml::Root(second.document)), expected);
+  }
+}
+
+// One line per note in time order of the document: measure, voice, onset in
+// divisions from the start of the measure, pitch (or rest), duration and ties,
+// and whether it is a grace or cue note; then one line per attributes element.
+std::vector<std::string> Timeline(xml::Node part) {
+  std::vector<std::string> lines;
+  for (const xml::Node measure : part.Children("measure")) {
+    const std::string number = "m" + std::string(measure.Attr("number"));
+    int position = 0;
+    int onset = 0;
+    for (const xml::Node element : measure.Children()) {
+      const std::string_view name = element.Name();
+      const int duration = std::atoi(element.Child("duration").Text().c_str());
+      if (name == "backup") position -= duration;
+      if (name == "forward") position += duration;
+      if (name == "attributes") lines.push_back(number + " " + Canonical(element));
+      if (name != "note") continue;
+      if (!element.Child("chord")) {
+        onset = position;
+        position += duration;
+      }
+      const xml::Node pitch = element.Child("pitch");
+      std::string line = number + " v" + element.Child("voice").Text() + " @" +
+                         std::to_string(onset) + " " +
+                         (pitch ? pitch.Child("step").Text() + pitch.Child("alter").Text() +
+                                      pitch.Child("octave").Text()
+                                : "rest") +
+                         " d" + element.Child("duration").Text();
+      for (const xml::Node tie : element.Children("tie"))
+        line += " tie-" + std::string(tie.Attr("type"));
+      if (element.Child("grace")) line += " grace";
+      if (element.Child("cue")) line += " cue";
+      lines.push_back(line);
+    }
+  }
+  return lines;
+}
+
+// Generated MusicXML movements through MuseData and back keep every note's
+// pitch, onset, duration and ties, their measures and their attributes.
+TEST(RoundTrip, GeneratedMovementsKeepTheirTimeline) {
+  MovementGenerator generator(20261124);
+  const TempDir dir;
+  const std::string path = dir.Path() + "/part.md";
+  int failures = 0;
+  for (int movement = 0; movement < 1000 && failures < 3; ++movement) {
+    const std::string musicXml = generator.Next();
+    const Document original = xml::ParseMemory(musicXml, "generated.xml", 0);
+    ASSERT_TRUE(ExportPart(original, 1, path)) << musicXml;
+    const ImportResult back = ImportScore({path});
+    ASSERT_TRUE(back.complete) << back.stoppedAt << "\n" << ReadFile(path);
+    const std::vector<std::string> expected = Timeline(xml::Root(original).Child("part"));
+    const std::vector<std::string> actual = Timeline(xml::Root(back.document).Child("part"));
+    if (actual == expected) continue;
+    ++failures;
+    ADD_FAILURE() << "movement " << movement << ":\n" << musicXml << "\n" << ReadFile(path);
+    for (size_t i = 0; i < std::min(expected.size(), actual.size()); ++i)
+      if (expected[i] != actual[i]) {
+        ADD_FAILURE() << "first difference: " << expected[i] << " | " << actual[i];
+        break;
+      }
+    EXPECT_EQ(expected.size(), actual.size());
   }
 }
 
