@@ -16,6 +16,7 @@
 
 #include "batch.h"
 #include "component/natural_order.h"
+#include "huge_pages.h"
 #include "interrupt.h"
 #include "progress_bar.h"
 
@@ -174,6 +175,7 @@ int RunImport(const ImportCommand& command) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  musedata::tool::RunOnHugePages(argv);
   musedata::tool::InstallInterruptHandlers();
   CLI::App app{"musedata: converts MuseData part files into MusicXML scores", "musedata"};
   app.set_version_flag("--version", std::string("musedata ") + "0.1.0");
