@@ -1,4 +1,4 @@
-// musedata: converts MuseData part files into MusicXML scores.
+// musedata: converts MuseData part files into MusicXML scores and back.
 
 #include "musedata/musedata.h"
 
@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "batch.h"
+#include "export_command.h"
 #include "progress_bar.h"
 
 namespace fs = std::filesystem;
@@ -76,12 +77,6 @@ struct ImportCommand {
 int RunImport(const ImportCommand& command) {
   const bool toStdout = command.output == "-";
   const std::string extension = fs::path(command.output).extension().string();
-  if (!toStdout && extension == ".mxl") {
-    std::fprintf(stderr,
-                 "musedata: compressed MusicXML (.mxl) output is not available yet; use .musicxml "
-                 "or .xml\n");
-    return kExitUsage;
-  }
   musedata::ImportOptions options;
   options.groupType = command.group;
   options.systemIdentifier = command.systemId;
@@ -133,6 +128,8 @@ int RunImport(const ImportCommand& command) {
       const std::string text = musedata::ToMusicXmlText(result.document);
       std::fwrite(text.data(), 1, text.size(), stdout);
       std::fflush(stdout);
+    } else if (extension == ".mxl") {
+      musedata::WriteCompressedMusicXmlFile(result.document, command.output);
     } else {
       musedata::WriteMusicXmlFile(result.document, command.output);
     }
@@ -148,7 +145,7 @@ int RunImport(const ImportCommand& command) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  CLI::App app{"musedata: converts MuseData part files into MusicXML scores", "musedata"};
+  CLI::App app{"musedata: converts MuseData part files into MusicXML scores and back", "musedata"};
   app.set_version_flag("--version", std::string("musedata ") + "0.1.0");
   app.require_subcommand(1);
 
@@ -167,12 +164,17 @@ int main(int argc, char** argv) {
       ->add_option("--encoding", import.encoding,
                    "Input encoding: auto, utf-8, cp437, cp1252, latin1")
       ->check(CLI::IsMember({"auto", "utf-8", "utf8", "cp437", "cp1252", "latin1"}));
-  importCommand->add_option("-o,--output", import.output,
-                            "Output file (.musicxml or .xml); - or none writes to standard output");
+  importCommand->add_option(
+      "-o,--output", import.output,
+      "Output file (.musicxml, .xml or compressed .mxl); - or none writes to standard output");
   importCommand->add_flag("--progress,!--no-progress", import.progress,
                           "Show a progress bar on standard error");
   importCommand->add_option("INPUT", import.inputs,
                             "MuseData files or set files, or folders of them");
+
+  musedata::tool::ExportCommand exportArguments;
+  exportArguments.progress = isatty(STDERR_FILENO) != 0;
+  CLI::App* exportCommand = musedata::tool::AddExportCommand(app, exportArguments);
 
   try {
     app.parse(argc, argv);
@@ -181,5 +183,6 @@ int main(int argc, char** argv) {
     return status == 0 ? kExitDone : kExitUsage;
   }
   if (importCommand->parsed()) return RunImport(import);
+  if (exportCommand->parsed()) return musedata::tool::RunExport(exportArguments);
   return kExitUsage;
 }
