@@ -2,7 +2,8 @@
 # Installs musedata from a build folder into a temporary prefix, builds the
 # example host against the installed package with find_package(musedata), and
 # runs it on the two example parts: a whole load, a cancelled one, a
-# cancellation that comes back as an error, a save, and a missing file.
+# cancellation that comes back as an error, a save, a save of a part the
+# score does not have, and a missing file.
 #
 #   examples/host/check.sh [BUILD_FOLDER]     (default: build)
 set -eu
@@ -48,9 +49,12 @@ expect 0 "score: score-partwise with 2 parts" "$one" "$two"
 expect 1 "the load of $one stopped early" "$one" "$two" --cancel-after 3
 expect 2 "error 0x80041777 (Verdantix): Conversion cancelled by the host" \
   "$one" "$two" --cancel-after 30 --cancel-error
-expect 2 "error 0x800417A7 (Verdantix): MuseData SaveHeader error 5: MuseData export is not available yet" \
-  "$one" "$two" --save "$work/out.md"
-[ ! -e "$work/out.md" ] || { echo "check: FAILED: a failed save left $work/out.md" >&2; failures=$((failures + 1)); }
+expect 0 "saving part 2 to $work/out.md" "$one" "$two" --save "$work/out.md" --part 2
+grep -qx "score: part 2 of 2" "$work/out.md" && grep -qx "/END" "$work/out.md" ||
+  { echo "check: FAILED: the save did not write part 2 of 2" >&2; failures=$((failures + 1)); }
+expect 2 "error 0x800417B2 (Verdantix): No part number 3 found" \
+  "$one" "$two" --save "$work/missing-part.md" --part 3
+[ ! -e "$work/missing-part.md" ] || { echo "check: FAILED: a failed save left $work/missing-part.md" >&2; failures=$((failures + 1)); }
 expect 2 "error 0x800417BE (Verdantix): File $work/missing.md not found" "$one" "$work/missing.md"
 
 if [ "$failures" -ne 0 ]; then

@@ -3,12 +3,13 @@
 // files into one MusicXML score, printing progress from the component's
 // events.
 //
-//   host LIBRARY FILE... [--cancel-after N] [--cancel-error] [--save PATH]
+//   host LIBRARY FILE... [--cancel-after N] [--cancel-error] [--save PATH] [--part N]
 //
 // --cancel-after N  cancel in the Nth progress event
 // --cancel-error    cancel by raising the cancellation error, with CancelError
 //                   set so that it comes back to the host as an error
-// --save PATH       afterwards save part 1 of the score as MuseData to PATH
+// --save PATH       afterwards save a part of the score as MuseData to PATH
+// --part N          the part that --save writes (default 1)
 //
 // Exit status: 0 done, 1 a conversion stopped early, 2 an error was raised,
 // 64 wrong usage or a library that cannot be used.
@@ -45,6 +46,7 @@ struct Options {
   long cancelAfter = 0;  // 0: never cancel
   bool cancelError = false;
   std::string savePath;
+  long savePart = 1;
 };
 
 bool ParseArguments(int argc, char** argv, Options& options) {
@@ -58,6 +60,9 @@ bool ParseArguments(int argc, char** argv, Options& options) {
       options.cancelError = true;
     } else if (argument == "--save" && i + 1 < argc) {
       options.savePath = argv[++i];
+    } else if (argument == "--part" && i + 1 < argc) {
+      options.savePart = std::strtol(argv[++i], nullptr, 10);
+      if (options.savePart < 1) return false;
     } else if (argument.rfind("--", 0) == 0) {
       return false;
     } else {
@@ -109,7 +114,7 @@ void ReportError(const musedata::ConverterError& error) {
               error.Source().c_str(), error.Description().c_str());
 }
 
-// Loads every file into one score (and saves part 1 when asked); returns the
+// Loads every file into one score (and saves a part when asked); returns the
 // exit status.
 int Convert(musedata::MusicXMLConverter& converter, const Options& options) {
   // The object came from the MuseData class factory. A static_cast reaches its
@@ -149,8 +154,8 @@ int Convert(musedata::MusicXMLConverter& converter, const Options& options) {
     const musedata::Document score = converter.XML();
     std::printf("score: %s with %d parts\n", RootName(score).c_str(), CountParts(score));
     if (!options.savePath.empty()) {
-      component.SetPartNumber(1);
-      std::printf("saving part 1 to %s\n", options.savePath.c_str());
+      component.SetPartNumber(static_cast<int32_t>(options.savePart));
+      std::printf("saving part %ld to %s\n", options.savePart, options.savePath.c_str());
       if (!converter.Save(options.savePath)) {
         std::printf("the save stopped early\n");
         return kExitStopped;
@@ -169,7 +174,8 @@ int main(int argc, char** argv) {
   Options options;
   if (!ParseArguments(argc, argv, options)) {
     std::fprintf(stderr,
-                 "usage: host LIBRARY FILE... [--cancel-after N] [--cancel-error] [--save PATH]\n");
+                 "usage: host LIBRARY FILE... [--cancel-after N] [--cancel-error] [--save PATH] "
+                 "[--part N]\n");
     return kExitUsage;
   }
   void* library = dlopen(options.library.c_str(), RTLD_NOW | RTLD_LOCAL);

@@ -62,11 +62,9 @@ struct ExportOptions {
 // MuseData file `path`, which is replaced only when the whole part was
 // written. Returns false, writing nothing, when the document is not
 // score-partwise or the export was cancelled. Raises ConverterError for a
-// part that cannot be written.
-//
-// The MuseData writers are not available yet: for now every export of a
-// score-partwise document raises 0x800417A7 (source "Verdantix") "MuseData
-// SaveHeader error 5: MuseData export is not available yet".
+// part that cannot be written: a part number the document does not have
+// raises 0x800417B2 "No part number N found", a part without its score-part
+// 0x800417B3 "No score-part number N found".
 bool ExportPart(const Document& document, int32_t partNumber, const std::string& path,
                 const ExportOptions& options = {});
 

@@ -109,14 +109,15 @@ bool MusicXML::Save(const std::string& FileName, int32_t PartNumber) {
 }
 
 // A save sizes the part and score-part tables to the parts of the document it
-// writes, when there is more than one, so the header can name the part count.
+// writes (one slot at least), so the header names the document's part count
+// however many parts this engine loaded before.
 void MusicXML::FitPartArrays() {
   const int32_t partCount = m_score.root.CountChildren("part");
-  if (partCount > 1) m_score.parts.resize(static_cast<size_t>(partCount) + 1);
+  m_score.parts.resize(static_cast<size_t>(std::max(partCount, 1)) + 1);
   int32_t scorePartCount = 0;
   for (const xml::Node partList : m_score.root.Children("part-list"))
     scorePartCount = CheckedAdd(scorePartCount, partList.CountChildren("score-part"));
-  if (scorePartCount > 1) m_score.scoreParts.resize(static_cast<size_t>(scorePartCount) + 1);
+  m_score.scoreParts.resize(static_cast<size_t>(std::max(scorePartCount, 1)) + 1);
 }
 
 void MusicXML::WriteLine(std::string_view line) {

@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <initializer_list>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -112,11 +113,27 @@ class MusicXML {
   bool SaveData(const std::string& FileName, int32_t PartNumber);
   // Selects part `PartNumber` into the part table; raises 6066 when absent.
   xml::Node SelectPart(int32_t PartNumber);
+  // Steps of SaveData: one measure with its bar record, and one of its elements.
+  bool SaveMeasureChildren(xml::Node measure, xml::Node& pendingBarline, bool firstMeasure);
+  bool SaveMeasureElement(xml::Node element, xml::Node& pendingBarline);
+  // Raises Saving with the progress so far; true when the host cancelled.
+  bool RaiseSaving();
   // Maps the part's voice numbers densely to MuseData track characters.
   void InitTracks(xml::Node part);
   // Columns 13 to 15 (footnote, level, track) for a record made from `element`.
   std::string SaveVoice(xml::Node element);
+  // The same three columns from the given footnote, level and voice elements
+  // (each may be absent).
+  std::string EditorialColumns(xml::Node footnote, xml::Node level, xml::Node voice);
   bool SaveComment(xml::Node comment);
+  // Steps of SaveHeader.
+  void SelectScorePart(xml::Node part, int32_t PartNumber);
+  // The first element at `path` (child names) under the score-part, else
+  // under the root, else under the work; empty when there is none.
+  xml::Node FindInHeaderOrder(std::initializer_list<std::string_view> path) const;
+  void SaveRightsAndEncoding();
+  void SaveNumbersAndTitles(xml::Node scorePart);
+  void SaveGroups(xml::Node scorePart, int32_t PartNumber);
 
   // ---- Measures, attributes, back and irest (export/measures.cpp, export/attributes.cpp) ----
   bool SaveMeasure(xml::Node measure, xml::Node pendingBarline, xml::Node leftBarline,

@@ -32,6 +32,20 @@ int32_t CharacterCount(std::string_view text) noexcept {
   return count;
 }
 
+std::string_view FirstCharacters(std::string_view text, int32_t count) noexcept {
+  size_t end = 0;
+  for (int32_t taken = 0; end < text.size(); ++end) {
+    if (IsContinuationByte(static_cast<unsigned char>(text[end]))) continue;
+    if (taken == count) break;
+    ++taken;
+  }
+  return text.substr(0, end);
+}
+
+std::string_view FirstLine(std::string_view text) noexcept {
+  return text.substr(0, text.find_first_of("\r\n"));
+}
+
 RecordView::RecordView(std::string_view record) : m_text(record) {
   const bool ascii = std::all_of(record.begin(), record.end(),
                                  [](char c) { return static_cast<unsigned char>(c) < 0x80; });

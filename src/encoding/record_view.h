@@ -24,6 +24,10 @@ std::string_view TrimRight(std::string_view text) noexcept;
 std::string_view TrimLeft(std::string_view text) noexcept;
 // The number of characters in UTF-8 text.
 int32_t CharacterCount(std::string_view text) noexcept;
+// The first `count` characters of UTF-8 text (all of it when shorter).
+std::string_view FirstCharacters(std::string_view text, int32_t count) noexcept;
+// The text before its first line end (CR or LF); all of it when there is none.
+std::string_view FirstLine(std::string_view text) noexcept;
 
 class RecordView {
  public:
@@ -71,6 +75,10 @@ class LineBuilder {
   LineBuilder& Put(int32_t first, std::string_view text);
   // Writes `text` so that it ends at column `last`, right-aligned.
   LineBuilder& PutRight(int32_t last, std::string_view text);
+  // Writes `text` just after the last column written so far.
+  LineBuilder& Append(std::string_view text) { return Put(Length() + 1, text); }
+  // The number of columns written so far, blanks included.
+  int32_t Length() const noexcept { return static_cast<int32_t>(m_cells.size()); }
   // The line with trailing blanks removed.
   std::string Finish() const;
 

@@ -15,6 +15,7 @@
 
 #include "component/error_codes.h"
 #include "component/music_xml.h"
+#include "encoding/dates.h"
 
 namespace musedata {
 namespace {
@@ -71,15 +72,6 @@ struct CalendarDate {
   int day = 0;
 };
 
-bool IsLeapYear(int year) {
-  return (year % 4 == 0 && year % 100 != 0) || year % 400 == 0;
-}
-
-int DaysInMonth(int year, int month) {
-  static constexpr int kDays[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
-  return month == 2 && IsLeapYear(year) ? 29 : kDays[month - 1];
-}
-
 // Reads a run of `minDigits` to `maxDigits` decimal digits that makes up the
 // whole of `text`.
 std::optional<int> ReadDigits(std::string_view text, size_t minDigits, size_t maxDigits) {
@@ -111,9 +103,7 @@ std::optional<CalendarDate> ReadEncodingDate(std::string_view text) {
   } else {
     year = ReadDigits(yearText, 4, 4);
   }
-  if (!month || !day || !year || *year == 0) return std::nullopt;
-  if (*month < 1 || *month > 12 || *day < 1 || *day > DaysInMonth(*year, *month))
-    return std::nullopt;
+  if (!month || !day || !year || !IsCalendarDate(*year, *month, *day)) return std::nullopt;
   return CalendarDate{*year, *month, *day};
 }
 

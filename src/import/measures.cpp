@@ -213,10 +213,10 @@ bool MusicXML::ParseBackupForward() {
   return Trap(kParseBackupForward, &m_caught, [&] {
     const RecordView record = Record();
     const std::string_view kind = record.Raw(kBackupForwardKind);
-    const bool isForward = kind == "irest";
+    const bool isForward = kind == kForwardWord;
     // Any other record starting with "b" or "i" is not understood, and the
     // load stops rather than lose the time position.
-    if (!isForward && kind != "back ") return false;
+    if (!isForward && kind != kBackupWord) return false;
 
     const xml::Node element =
         m_score.currentMeasure.AppendElement(isForward ? "forward" : "backup");
