@@ -80,4 +80,12 @@ constexpr const char* FindDynamicElement(std::string_view text) noexcept {
   return nullptr;
 }
 
+// The MuseData text of a dynamic element ("Z" for sfz); "" for an element
+// MuseData has no text for.
+constexpr std::string_view DynamicTextFor(std::string_view element) noexcept {
+  for (const DynamicCode& code : kDynamicCodes)
+    if (element == code.element) return code.text;
+  return {};
+}
+
 }  // namespace musedata

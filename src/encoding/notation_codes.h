@@ -99,6 +99,36 @@ constexpr const NotationCode* FindNotationCode(char code) noexcept {
   return nullptr;
 }
 
+// The code of notation element `element` whose `type` attribute is `type`
+// ("" for an element the table makes without one); '\0' when there is none.
+constexpr char NotationCodeFor(std::string_view element, std::string_view type = {}) noexcept {
+  for (const NotationCode& entry : kNotationCodes) {
+    if (entry.element == nullptr || element != entry.element) continue;
+    const bool hasType =
+        entry.first.name != nullptr && std::string_view(entry.first.name) == "type";
+    if (hasType ? entry.first.value == type : type.empty()) return entry.code;
+  }
+  return '\0';
+}
+
+// The code of a family that has a single one (the editorial level, the
+// editorial and the cautionary accidental); '\0' for the others.
+constexpr char CodeOfFamily(NotationFamily family) noexcept {
+  for (const NotationCode& entry : kNotationCodes)
+    if (entry.family == family) return entry.code;
+  return '\0';
+}
+
+// The code of a slur's start or stop at slur level `number` ("1" to "4");
+// '\0' for any other level.
+constexpr char SlurCodeFor(std::string_view number, bool start) noexcept {
+  for (const NotationCode& entry : kNotationCodes)
+    if (entry.element != nullptr && std::string_view(entry.element) == "slur" &&
+        entry.second.value == number && (entry.first.value == "start") == start)
+      return entry.code;
+  return '\0';
+}
+
 // The accidental of an ornament's auxiliary note, written in the columns right
 // after the ornament: "s" sharp, "b" flat, "h" natural, doubled for a double
 // sharp or flat, and after "u" for the note below. Longer spellings come first
@@ -123,6 +153,30 @@ inline constexpr std::array<AccidentalMarkCode, 11> kAccidentalMarkCodes{{
     {"b", "flat-flat", false},
     {"h", "natural", false},
 }};
+
+// The letters the export writes for an accidental mark: the sign, then "u"
+// when the mark stands below the ornament. This spelling is not the one the
+// reader above expects ("u" first, "bb" for the double flat): kept so on
+// purpose, at the price that a mark below or a double flat reads back
+// differently.
+struct AccidentalMarkLetters {
+  std::string_view mark;
+  std::string_view letters;
+};
+inline constexpr std::array<AccidentalMarkLetters, 5> kAccidentalMarkLetters{{
+    {"sharp", "s"},
+    {"flat", "b"},
+    {"natural", "h"},
+    {"double-sharp", "ss"},
+    {"flat-flat", "ff"},
+}};
+
+// The letters of an accidental mark for the export; "" for a mark MuseData has no letters for.
+constexpr std::string_view AccidentalMarkLettersFor(std::string_view mark) noexcept {
+  for (const AccidentalMarkLetters& entry : kAccidentalMarkLetters)
+    if (entry.mark == mark) return entry.letters;
+  return {};
+}
 
 // The most columns an accidental mark takes after its ornament.
 inline constexpr int32_t kLongestAccidentalMark = 3;

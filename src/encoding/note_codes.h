@@ -23,6 +23,15 @@ constexpr std::string_view TextForCode(const std::array<CodeText, N>& table, cha
   return {};
 }
 
+// The code that stands for `text` in `table`; `fallback` for a text the table lacks.
+template <std::size_t N>
+constexpr char CodeForText(const std::array<CodeText, N>& table, std::string_view text,
+                           char fallback = ' ') noexcept {
+  for (const CodeText& entry : table)
+    if (entry.text == text) return entry.code;
+  return fallback;
+}
+
 // Note values. Each value has a code for a note printed at full size and one
 // for a note printed at cue size.
 struct NoteTypeCode {
@@ -44,6 +53,14 @@ inline constexpr std::array<NoteTypeCode, 11> kNoteTypeCodes{{
     {'z', '1', "256th"},
 }};
 
+// The column-17 code of a note value at full or cue size; a blank for an
+// unknown value.
+constexpr char NoteTypeCodeFor(std::string_view type, bool cueSize) noexcept {
+  for (const NoteTypeCode& entry : kNoteTypeCodes)
+    if (entry.type == type) return cueSize ? entry.cueSize : entry.fullSize;
+  return ' ';
+}
+
 // The printed value of a grace note; "0" is the slashed eighth of an acciaccatura.
 struct GraceTypeCode {
   char code;
@@ -63,6 +80,18 @@ inline constexpr std::array<GraceTypeCode, 11> kGraceTypeCodes{{
     {'9', "whole", false},
     {'A', "breve", false},
 }};
+
+// The column-8 code of a cue or grace note's printed value; a slashed eighth
+// is "0". The sixteenth's row is looked up under the name "26th", not "16th",
+// on purpose: the export leaves column 8 blank for a cue or grace sixteenth,
+// unlike the full table of column 17.
+constexpr char GraceCodeForType(std::string_view type, bool slash) noexcept {
+  if (type == "26th") return '5';
+  if (type == "16th") return ' ';
+  for (const GraceTypeCode& entry : kGraceTypeCodes)
+    if (entry.type == type && (slash || !entry.slash)) return entry.code;
+  return ' ';
+}
 
 // The printed accidental of a note.
 inline constexpr std::array<CodeText, 8> kAccidentalCodes{{
@@ -102,6 +131,23 @@ constexpr std::string_view AlterForAccidental(std::string_view accidental) noexc
   for (const PitchAlter& entry : kPitchAlters)
     if (entry.accidental == accidental) return entry.alter;
   return {};
+}
+
+// The pitch-field accidental of an alter value ("+1" reads as "1"); "" for
+// none or for an alteration MuseData cannot spell.
+constexpr std::string_view AccidentalForAlter(std::string_view alter) noexcept {
+  if (!alter.empty() && alter.front() == '+') alter.remove_prefix(1);
+  for (const PitchAlter& entry : kPitchAlters)
+    if (entry.alter == alter) return entry.accidental;
+  return {};
+}
+
+// The stem direction of column 23. MusicXML's "double" stem has no MuseData
+// code and is written as an up stem.
+constexpr char StemCodeFor(std::string_view stem) noexcept {
+  if (stem == "down") return 'd';
+  if (stem == "up" || stem == "double") return 'u';
+  return ' ';
 }
 
 // The usual tuplets: when a record gives only the actual notes, the normal

@@ -1,21 +1,230 @@
-// The notation columns of a note record and the print and sound suggestion
-// codes of its notation elements.
-//
-// Still to be written: until then the field stays blank.
+// The notation columns of a note record (ties, slurs, tuplets, ornaments,
+// technical marks, articulations, dynamics, fermatas, arpeggios) and the print
+// and sound suggestion codes of those notation elements.
+
+#include <algorithm>
+#include <string>
+#include <vector>
 
 #include "component/error_codes.h"
 #include "component/music_xml.h"
+#include "encoding/base40.h"
+#include "encoding/direction_codes.h"
+#include "encoding/notation_codes.h"
+#include "encoding/notation_columns.h"
+#include "export/suggestion_text.h"
 
 namespace musedata {
+namespace {
 
-std::string MusicXML::SaveNotations(const std::vector<xml::Node>& /*notations*/,
-                                    bool /*cautionary*/, bool /*editorial*/) {
-  return Trap(kSaveNotations, &m_caught, [&] { return std::string(12, ' '); });
+// Which of a notation element's placement and orientation attributes become
+// position codes.
+struct PositionFlags {
+  bool placement;
+  bool orientation;
+};
+
+std::string CodeText(char code) {
+  return code == '\0' ? std::string() : std::string(1, code);
 }
 
-void MusicXML::SavePosition(xml::Node /*element*/, int32_t /*column*/, bool /*placement*/,
-                            bool /*orientation*/) {
-  Trap(kSavePosition, &m_caught, [&] {});
+// A slur's level picks one of four pairs of brackets, so that slurs may
+// overlap; a level MuseData does not have writes nothing.
+// A level that is no whole number is an error in the score.
+std::string SlurCode(xml::Node slur) {
+  if (!slur.HasAttr("number")) return CodeText(SlurCodeFor("1", slur.Attr("type") == "start"));
+  const std::string_view text = Trim(slur.Attr("number"));
+  const bool isWholeNumber =
+      !text.empty() && text.size() < 10 &&
+      std::all_of(text.begin() + (text.front() == '-' || text.front() == '+' ? 1 : 0), text.end(),
+                  [](char c) { return c >= '0' && c <= '9'; }) &&
+      text.find_first_of("0123456789") != std::string_view::npos;
+  if (!isWholeNumber) throw RunTimeError::TypeMismatch();
+  const std::string number = std::to_string(std::stoi(std::string(text)));
+  return CodeText(SlurCodeFor(number, slur.Attr("type") == "start"));
+}
+
+std::string OrnamentCode(xml::Node ornament) {
+  const std::string_view name = ornament.Name();
+  // MuseData has one sign for the shake and the inverted mordent.
+  if (name == "shake") return CodeText(NotationCodeFor("inverted-mordent"));
+  if (name == "wavy-line")
+    return CodeText(
+        NotationCodeFor(name, ornament.Attr("type") == "continue" ? "continue" : "start"));
+  if (name == "accidental-mark") {
+    std::string letters(AccidentalMarkLettersFor(ornament.Text()));
+    if (!letters.empty() && ornament.Attr("placement") == "below") letters += 'u';
+    return letters;
+  }
+  const char code = NotationCodeFor(name);
+  return FindNotationCode(code) && FindNotationCode(code)->family == NotationFamily::Ornament
+             ? CodeText(code)
+             : std::string();
+}
+
+std::string TechnicalCode(xml::Node technical) {
+  const std::string_view name = technical.Name();
+  if (name == "fingering")
+    return (technical.Attr("substitution") == "yes" ? ":" : "") + technical.Text();
+  const char code = NotationCodeFor(name);
+  return FindNotationCode(code) && FindNotationCode(code)->family == NotationFamily::Technical
+             ? CodeText(code)
+             : std::string();
+}
+
+std::string ArticulationCode(xml::Node articulation) {
+  const std::string_view name = articulation.Name();
+  if (name == "strong-accent")
+    return CodeText(NotationCodeFor(name, articulation.Attr("type") == "up" ? "up" : "down"));
+  const char code = NotationCodeFor(name);
+  return FindNotationCode(code) && FindNotationCode(code)->family == NotationFamily::Articulation
+             ? CodeText(code)
+             : std::string();
+}
+
+// A run of dynamic letters: "ff", "Zp" for sfp.
+std::string DynamicsCode(xml::Node dynamics) {
+  std::string code;
+  for (const xml::Node mark : dynamics.Children()) code += DynamicTextFor(mark.Name());
+  return code;
+}
+
+// The playback and print codes of one ornament's attributes. Playback goes to
+// the sound suggestion, the drawing to the print suggestion.
+struct OrnamentCodes {
+  std::string sound;
+  std::string print;
+};
+
+OrnamentCodes OrnamentAttributeCodes(xml::Node ornament) {
+  OrnamentCodes codes;
+  for (const xml::Node::Attribute& attribute : ornament.Attributes()) {
+    const std::string_view name = attribute.name;
+    const std::string_view value = attribute.value;
+    if (name == "start-note") {
+      codes.sound += value == "main" ? "m" : "u";
+    } else if (name == "trill-step") {
+      codes.sound += value == "half" ? "h" : value == "unison" ? "j" : "w";
+    } else if (name == "two-note-turn") {
+      codes.sound += value == "whole" ? "e" : value == "half" ? "f" : "";
+    } else if (name == "accelerate") {
+      codes.sound += value == "yes" ? "a" : "";
+    } else if (name == "beats") {
+      codes.sound += "n" + attribute.value;
+    } else if (name == "second-beat") {
+      codes.sound += "s" + attribute.value;
+    } else if (name == "last-beat") {
+      codes.sound += "t" + attribute.value;
+    } else if (name == "placement") {
+      codes.print += value == "above" ? "a" : "b";
+    } else {
+      codes.print += PositionCode(name, value, TextualRelativeY::Capital);
+    }
+  }
+  return codes;
+}
+
+}  // namespace
+
+// Builds the field left to right. Each element whose code was written gets
+// its position codes for the column where its code stands; an element that
+// wrote nothing has no column and so no position either.
+std::string MusicXML::SaveNotations(const std::vector<xml::Node>& notations, bool cautionary,
+                                    bool editorial) {
+  return Trap(kSaveNotations, &m_caught, [&] {
+    std::string field;
+    const int32_t beforeField = kNotationField.first - 1;
+    // Appends a code and places the element at the column of its last character.
+    const auto write = [&](xml::Node element, const std::string& code, PositionFlags flags) {
+      if (code.empty()) return;
+      field += code;
+      SavePosition(element, beforeField + CharacterCount(field), flags.placement,
+                   flags.orientation);
+    };
+
+    for (const xml::Node group : notations) {
+      if (const xml::Node level = group.Child("level")) {
+        const std::string digit = ConvertToDigit(level.Text());
+        if (!digit.empty()) field += CodeOfFamily(NotationFamily::EditorialLevel) + digit;
+      }
+      for (const xml::Node child : group.Children()) {
+        const std::string_view name = child.Name();
+        if (name == "tied") {
+          write(child,
+                child.Attr("type") == "start" ? CodeText(NotationCodeFor("tied", "start"))
+                                              : std::string(),
+                {true, true});
+        } else if (name == "slur") {
+          write(child, SlurCode(child), {true, true});
+        } else if (name == "tuplet") {
+          write(
+              child,
+              CodeText(NotationCodeFor("tuplet", child.Attr("type") == "start" ? "start" : "stop")),
+              {true, false});
+        } else if (name == "ornaments") {
+          for (const xml::Node ornament : child.Children()) {
+            const std::string code = OrnamentCode(ornament);
+            if (code.empty()) continue;
+            field += code;
+            const int32_t column = beforeField + CharacterCount(field);
+            const OrnamentCodes codes = OrnamentAttributeCodes(ornament);
+            AddSuggestionGroup(m_export.soundSuggestion, 'S', column, codes.sound);
+            AddSuggestionGroup(m_export.printSuggestion, 'P', column, codes.print);
+          }
+        } else if (name == "technical") {
+          for (const xml::Node mark : child.Children())
+            write(mark, TechnicalCode(mark), {true, false});
+        } else if (name == "articulations") {
+          for (const xml::Node mark : child.Children())
+            write(mark, ArticulationCode(mark), {true, false});
+        } else if (name == "dynamics") {
+          // A dynamic of several letters is placed at its first letter.
+          const std::string code = DynamicsCode(child);
+          if (code.empty()) continue;
+          const int32_t column = beforeField + CharacterCount(field) + 1;
+          field += code;
+          SavePosition(child, column, true, false);
+        } else if (name == "fermata") {
+          write(child,
+                CodeText(
+                    NotationCodeFor("fermata", child.Attr("type") == "inverted" ? "inverted" : "")),
+                {false, false});
+        } else if (name == "arpeggiate") {
+          write(child, CodeText(NotationCodeFor("arpeggiate")), {false, false});
+        }
+      }
+    }
+    if (cautionary) field += CodeOfFamily(NotationFamily::CautionaryAccidental);
+    if (editorial) field += CodeOfFamily(NotationFamily::EditorialAccidental);
+
+    // The field is exactly as wide as its columns; what does not fit is lost.
+    const int32_t width = kNotationField.last - kNotationField.first + 1;
+    const RecordView fitted(field);
+    std::string result(fitted.Raw(1, width));
+    result.append(static_cast<size_t>(width - CharacterCount(result)), ' ');
+    return result;
+  });
+}
+
+void MusicXML::SavePosition(xml::Node element, int32_t column, bool placement, bool orientation) {
+  Trap(kSavePosition, &m_caught, [&] {
+    const std::string_view name = element.Name();
+    const bool isTieOrSlur = name == "tied" || name == "slur";
+    std::string codes;
+    for (const xml::Node::Attribute& attribute : element.Attributes()) {
+      const std::string_view value = attribute.value;
+      if (attribute.name == "placement") {
+        if (!placement) continue;
+        if (isTieOrSlur) codes += value == "above" ? "o" : "u";
+        if (name == "tuplet") codes += value == "above" ? "a" : "b";
+      } else if (attribute.name == "orientation") {
+        if (orientation) codes += value == "over" ? "o" : "u";
+      } else {
+        codes += PositionCode(attribute.name, value);
+      }
+    }
+    AddSuggestionGroup(m_export.printSuggestion, 'P', column, codes);
+  });
 }
 
 }  // namespace musedata
