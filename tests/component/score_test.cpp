@@ -42,14 +42,43 @@ TEST(Score, ImportRunsEveryFileThroughOneComponent) {
   }
 }
 
-// Until the MuseData writers exist, an export raises and leaves the file alone.
-TEST(Score, ExportPartLeavesTheFileAloneUntilWritersExist) {
+// The file is replaced only by a whole part: a timewise score, a cancel and
+// a missing part all leave it as it was.
+TEST(Score, ExportPartReplacesTheFileOnlyWithAWholePart) {
   TempDir dir;
   const std::string target = dir.Write("out.md", "kept\n");
-  EXPECT_FALSE(ExportPart(InitializeXML(false, ""), 1, target));
   const ImportResult score = ImportScore({dir.Write("a.md", Part({"$ K:0 Q:4 T:4/4 C:4"}))});
-  EXPECT_THROW(ExportPart(score.document, 1, target), ConverterError);
+  ExportOptions cancelling;
+  cancelling.progress = [](int32_t, int32_t, bool& cancel) { cancel = true; };
+  EXPECT_FALSE(ExportPart(InitializeXML(false, ""), 1, target));
+  EXPECT_FALSE(ExportPart(score.document, 1, target, cancelling));
+  EXPECT_THROW(ExportPart(score.document, 2, target), ConverterError);
   EXPECT_EQ(ReadFile(target), "kept\n");
+  EXPECT_TRUE(ExportPart(score.document, 1, target));
+  EXPECT_TRUE(ReadFile(target).ends_with("/END\n"));
+}
+
+// Reduced divisions reach the MuseData file; the host's score keeps its own.
+TEST(Score, ExportPartReducesDivisionsOnlyWhenAsked) {
+  TempDir dir;
+  const Document score = ReadMusicXml(
+      "<score-partwise><part-list><score-part id=\"P1\"/></part-list><part id=\"P1\">"
+      "<measure number=\"1\"><attributes><divisions>480</divisions></attributes><note><pitch>"
+      "<step>C</step><octave>4</octave></pitch><duration>1920</duration><type>whole</type>"
+      "</note></measure></part></score-partwise>",
+      "whole.xml");
+  const std::string before = ToMusicXmlText(score);
+  const std::pair<bool, const char*> rows[] = {{true, "C4   4  "}, {false, "C4   999"}};
+  for (const auto& [reduce, record] : rows) {
+    SCOPED_TRACE(record);
+    ExportOptions options;
+    options.reduceDivisions = reduce;
+    options.warning = [](const std::string&) {};
+    ASSERT_TRUE(ExportPart(score, 1, dir.Path() + "/whole.md", options));
+    EXPECT_NE(ReadFile(dir.Path() + "/whole.md").find(record), std::string::npos)
+        << ReadFile(dir.Path() + "/whole.md");
+    EXPECT_EQ(ToMusicXmlText(score), before);
+  }
 }
 
 }  // namespace

@@ -64,13 +64,15 @@ std::string FineDivisionsScore() {
          notes + "</measure></part></score-partwise>\n";
 }
 
-// Columns 6 to 8 of the note records: the durations as MuseData holds them.
+// Columns 6 to 8 of the note records (blanks trimmed): the durations as MuseData holds them.
 std::vector<std::string> NoteDurations(const std::string& museData) {
   std::vector<std::string> durations;
   size_t at = 0;
   for (size_t end; (end = museData.find('\n', at)) != std::string::npos; at = end + 1) {
     const std::string line = museData.substr(at, end - at);
-    if (line.empty() || line[0] < 'A' || line[0] > 'G' || line.size() < 6) continue;
+    // A note record starts with its pitch: a step, then sharps, flats or the octave.
+    if (line.size() < 6 || line[0] < 'A' || line[0] > 'G') continue;
+    if (std::string_view("0123456789#f").find(line[1]) == std::string_view::npos) continue;
     std::string duration = line.substr(5, 3);
     duration.erase(duration.find_last_not_of(' ') + 1);
     durations.push_back(duration);
