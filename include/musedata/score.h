@@ -102,12 +102,14 @@ std::string ToCompressedMusicXml(const Document& document, const std::string& ro
 // the file cannot be written.
 void WriteCompressedMusicXmlFile(const Document& document, const std::string& path);
 
-// A copy of the score in which each part's `divisions` and every `duration`
-// and `offset` of its measures' elements (notes, backup, forward, figured
-// bass, directions ...) are divided by the greatest common divisor of them
-// all, so the part keeps its rhythm in the smallest whole numbers. A part
-// whose values are not all whole numbers, or that has no `divisions`, is left
-// as it is. Returns `document` itself when no part can be reduced.
+// A copy of the score in which each part whose durations do not all fit
+// MuseData's three columns has its `divisions` and every `duration` and
+// `offset` of its measures' elements (notes, backup, forward, figured bass,
+// directions ...) divided by the greatest common divisor of them all, so the
+// part keeps its rhythm in the smallest whole numbers. A part that fits
+// already, whose values are not all whole numbers, or that has no
+// `divisions`, is left as it is. Returns `document` itself when no part
+// changes.
 Document ReduceDivisions(const Document& document);
 
 // The number of `part` elements of the score; 0 for an empty handle.

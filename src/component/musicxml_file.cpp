@@ -173,18 +173,31 @@ std::vector<xml::Node> TimedElements(xml::Node part) {
   return timed;
 }
 
-// What a part's durations can all be divided by: 1 when the part has no
+// Whether a value fits the three columns that MuseData gives a duration or
+// an offset.
+bool FitsThreeColumns(int64_t value) {
+  return value >= -99 && value <= 999;
+}
+
+// What a part's durations are to be divided by: their greatest common
+// divisor when one of them is too wide for its columns, otherwise 1, so that
+// a part that fits keeps its own divisions. Also 1 when the part has no
 // `divisions` or a value that is not a whole number.
 int64_t CommonDivisor(const std::vector<xml::Node>& timed) {
   int64_t divisor = 0;
   bool hasDivisions = false;
+  bool fits = true;
   for (const xml::Node value : timed) {
     const std::optional<int64_t> number = WholeNumber(value.Text());
     if (!number) return 1;
-    hasDivisions = hasDivisions || value.Name() == "divisions";
+    if (value.Name() == "divisions") {
+      hasDivisions = true;
+    } else {
+      fits = fits && FitsThreeColumns(*number);
+    }
     divisor = std::gcd(divisor, *number);
   }
-  return hasDivisions && divisor > 1 ? divisor : 1;
+  return hasDivisions && !fits && divisor > 1 ? divisor : 1;
 }
 
 void DivideValues(const std::vector<xml::Node>& timed, int64_t divisor) {

@@ -145,9 +145,10 @@ TEST(MusicXmlFile, CompressedScoresReadBackAsTheSameDocument) {
   EXPECT_EQ(ToMusicXmlText(ReadMusicXmlFile(folder.Path() + "/minuet.mxl")), ToMusicXmlText(score));
 }
 
-// A part in the shape notation programs write it: `divisions` and durations
-// of a 4/4 bar of quarter, eighth, triplet eighths and a sixteenth-note pair,
-// a backup, a forward and a direction offset, at `perQuarter` divisions.
+// A part in the shape notation programs write it, at `perQuarter` divisions:
+// a direction offset of an eighth before the beat, a quarter, an eighth,
+// triplet eighths, a backup of a half, a forward of a dotted eighth and a
+// sixteenth.
 std::string TimedPart(const std::string& id, int perQuarter) {
   auto duration = [&](int numerator, int denominator) {
     return "<duration>" + std::to_string(perQuarter * numerator / denominator) + "</duration>";
@@ -184,6 +185,7 @@ TEST(MusicXmlFile, ReduceDivisionsDividesEachPartByItsCommonDivisor) {
       {"10080 per quarter", TimedPart("P1", 10080), "12-61262222493"},
       {"480 per quarter", TimedPart("P1", 480), "12-61262222493"},
       {"already smallest", TimedPart("P1", 12), "12-61262222493"},
+      {"fits, so keeps its divisions", TimedPart("P1", 24), "24-12241244448186"},
       {"a decimal duration leaves the part",
        "<part id=\"P1\"><measure><attributes><divisions>480</divisions></attributes><note>"
        "<duration>240.5</duration></note></measure></part>",
