@@ -103,10 +103,10 @@ long long CountRecords(const std::string& path, double& megabytes) {
   return records;
 }
 
-}  // namespace
-
 // One direction's figures over every size, printed once all sizes are done.
 struct Direction {
+  explicit Direction(const char* directionName) : name(directionName) {}
+
   const char* name;  // "import" or "export"
   std::vector<std::string> rows;
   std::vector<std::string> cpuRows;
@@ -177,8 +177,8 @@ int main(int argc, char** argv) {
       "Minimum over %d runs each, the import, the export and xmllint taking turns;\n"
       "wall clock; peak = maximum resident set size; xmllint formats the MusicXML.\n",
       runs);
-  Direction import{"import"};
-  Direction exportBack{"export"};
+  Direction import("import");
+  Direction exportBack("export");
   for (int i = 4; i < argc; ++i) {
     const std::string stem = musedata::bench::GeneratedPartStem(folder, argv[i]);
     const std::string input = stem + ".md";

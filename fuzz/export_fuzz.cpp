@@ -28,28 +28,39 @@ void CheckError(const musedata::ConverterError& error) {
   if (error.Source() != musedata::kErrorSource || offset < 6003 || offset > 6082) std::abort();
 }
 
-// Where the parts are written: one folder for the whole run, made once and
-// removed when the fuzzer exits.
-const std::string& OutputPath() {
-  static const std::string path = [] {
-    std::string folder =
+// Where the parts are written: one folder for the whole run, made at the
+// first input and removed with everything in it when the fuzzer exits.
+class OutputFolder {
+ public:
+  OutputFolder() {
+    std::string pattern =
         (std::filesystem::temp_directory_path() / "musedata-export-fuzz-XXXXXX").string();
-    if (!mkdtemp(folder.data())) std::abort();
-    std::atexit(
-        [] { std::filesystem::remove_all(std::filesystem::path(OutputPath()).parent_path()); });
-    return folder + "/part.md";
-  }();
-  return path;
-}
+    if (!mkdtemp(pattern.data())) std::abort();
+    m_folder = pattern;
+  }
+  ~OutputFolder() {
+    std::error_code ignored;
+    std::filesystem::remove_all(m_folder, ignored);
+  }
+  OutputFolder(const OutputFolder&) = delete;
+  OutputFolder& operator=(const OutputFolder&) = delete;
+
+  std::string PartPath() const { return (m_folder / "part.md").string(); }
+
+ private:
+  std::filesystem::path m_folder;
+};
 
 void ExportEveryPart(const musedata::Document& score, bool reduceDivisions) {
   musedata::ExportOptions options;
   options.warning = [](const std::string&) {};
   options.reduceDivisions = reduceDivisions;
+  static const OutputFolder folder;
+  const std::string path = folder.PartPath();
   const int32_t parts = std::min(musedata::CountParts(score), kMostParts);
   for (int32_t part = 1; part <= parts; ++part) {
     try {
-      musedata::ExportPart(score, part, OutputPath(), options);
+      musedata::ExportPart(score, part, path, options);
     } catch (const musedata::ConverterError& error) {
       CheckError(error);
     }
