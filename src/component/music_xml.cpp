@@ -122,7 +122,8 @@ void MusicXML::FitPartArrays() {
 
 void MusicXML::WriteLine(std::string_view line) {
   if (!m_output) throw RunTimeError::ObjectNotSet();
-  m_output->Write(line);
+  // An empty line has no characters to hand over (its view may not point anywhere).
+  if (!line.empty()) m_output->Write(line);
   m_output->Write("\n");
 }
 

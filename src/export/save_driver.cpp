@@ -196,8 +196,9 @@ void MusicXML::InitTracks(xml::Node part) {
 std::string MusicXML::EditorialColumns(xml::Node footnote, xml::Node level, xml::Node voice) {
   std::string columns;
   for (const xml::Node mark : {footnote, level}) {
-    const std::string_view first = FirstCharacters(TrimLeft(mark.Text()), 1);
-    columns += first.empty() ? " " : std::string(first);
+    const std::string text = mark.Text();
+    const std::string_view first = FirstCharacters(TrimLeft(text), 1);
+    columns += first.empty() ? std::string_view(" ") : first;
   }
   const std::string voiceText = voice.Text();
   const std::string_view text = TrimLeft(voiceText);

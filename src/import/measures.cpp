@@ -76,19 +76,19 @@ BarFlags ReadBarFlags(std::string_view flags) {
     const std::string_view flag = flags.substr(at, length);
     at += length;
     std::string_view endingType;
-    if (flag == "*") {
+    if (flag == kBarFlagNonControlling) {
       result.nonControlling = true;
-    } else if (flag == "~") {
+    } else if (flag == kBarFlagWavyLine) {
       result.wavyLine = true;
-    } else if (flag == "A" || flag == "%") {
+    } else if (flag == kBarFlagSegno || flag == "%") {
       result.segno = true;
-    } else if (flag == "F") {
+    } else if (flag == kBarFlagFermata) {
       result.fermata = true;
-    } else if (flag == "E") {
+    } else if (flag == kBarFlagInvertedFermata) {
       result.invertedFermata = true;
-    } else if (flag == ":|") {
+    } else if (flag == kBarFlagBackwardRepeat) {
       result.backwardRepeat = true;
-    } else if (flag == "|:") {
+    } else if (flag == kBarFlagForwardRepeat) {
       result.forwardRepeat = true;
     } else if (flag == ":|:") {
       result.backwardRepeat = true;

@@ -55,7 +55,7 @@ TEST(Score, ExportPartReplacesTheFileOnlyWithAWholePart) {
   EXPECT_THROW(ExportPart(score.document, 2, target), ConverterError);
   EXPECT_EQ(ReadFile(target), "kept\n");
   EXPECT_TRUE(ExportPart(score.document, 1, target));
-  EXPECT_TRUE(ReadFile(target).ends_with("/END\n"));
+  EXPECT_NE(ReadFile(target).find("\n$   Q:4 K:0 T:4/4 C:4\n/END\n"), std::string::npos);
 }
 
 // Reduced divisions reach the MuseData file; the host's score keeps its own.
