@@ -16,21 +16,19 @@
 namespace musedata {
 namespace {
 
-// One direction type's letter and the parameter it sets; a parameter of
-// nothing leaves the one before in place.
+// One direction type's letter and the parameter it sets; none leaves the
+// parameter of the type before in place.
 struct TypeCode {
   char letter = ' ';
   std::optional<std::string> parameter;
 };
 
-// The letter of the direction type with `element` and whose `type` attribute
-// (or its absence) the import's table names; a blank when none does.
-char LetterFor(std::string_view element, std::string_view type = {}) {
-  for (const DirectionTypeCode& code : kDirectionTypeCodes) {
-    if (element != code.element) continue;
-    const bool hasType = code.attribute != nullptr && std::string_view(code.attribute) == "type";
-    if (hasType ? type == code.value : true) return code.letter;
-  }
+// The letter of the direction type `element` whose attribute the import's
+// table names has `value` ("" for the entry made without an attribute); a
+// blank when there is none.
+char LetterFor(std::string_view element, std::string_view value = {}) {
+  for (const DirectionTypeCode& code : kDirectionTypeCodes)
+    if (element == code.element && value == (code.value ? code.value : "")) return code.letter;
   return ' ';
 }
 
@@ -41,13 +39,14 @@ TypeCode CodeOfDirectionType(xml::Node element) {
     return element.HasAttr(attribute) ? std::optional<std::string>(element.Attr(attribute))
                                       : fallback;
   };
-  if (name == "rehearsal") return {'A', ConvertFontNumber(element)};
+  if (name == "rehearsal") return {LetterFor(name), ConvertFontNumber(element)};
   // A segno shares the rehearsal mark's letter.
-  if (name == "segno") return {'A', std::nullopt};
+  if (name == "segno") return {LetterFor("rehearsal"), std::nullopt};
   if (name == "words") {
+    // Left-justified words are MuseData's plain words.
     const std::string_view justify = element.Attr("justify");
-    const char letter = justify == "center" ? 'C' : justify == "right" ? 'B' : 'D';
-    return {letter, ConvertFontNumber(element)};
+    const bool centredOrRight = justify == "center" || justify == "right";
+    return {LetterFor(name, centredOrRight ? justify : ""), ConvertFontNumber(element)};
   }
   if (name == "wedge") {
     if (type == "stop") return {LetterFor(name, "stop"), attributeOr("spread", std::nullopt)};
@@ -120,7 +119,8 @@ bool MusicXML::SaveDirection(xml::Node direction) {
       directionTypes.push_back(directionType);
       const TypeCode code = CodeOfDirectionType(directionType.FirstElement());
       line.Put(column, std::string(1, code.letter));
-      if (code.parameter) parameter = code.parameter;
+      // A text without a font number has no parameter to give.
+      if (code.parameter && !code.parameter->empty()) parameter = code.parameter;
     }
     // A "+" here is what MuseData reads as above the staff; it is written for
     // "below" all the same, as the export always has.

@@ -44,6 +44,22 @@ std::string SlurCode(xml::Node slur) {
   return CodeText(SlurCodeFor(number, slur.Attr("type") == "start"));
 }
 
+// The code of a tie, slur, tuplet, fermata or arpeggio standing directly in
+// `notations`, and which of its placement and orientation it writes; "" for
+// a printed tie's end (the next note of the same pitch ends it on reading)
+// and anything MuseData has no code for.
+std::string PlainNotationCode(xml::Node notation, PositionFlags& flags) {
+  const std::string_view name = notation.Name();
+  const std::string_view type = notation.Attr("type");
+  flags = {name == "tied" || name == "slur" || name == "tuplet", name == "tied" || name == "slur"};
+  if (name == "tied") return type == "start" ? CodeText(NotationCodeFor(name, type)) : "";
+  if (name == "slur") return SlurCode(notation);
+  if (name == "tuplet") return CodeText(NotationCodeFor(name, type == "start" ? "start" : "stop"));
+  if (name == "fermata") return CodeText(NotationCodeFor(name, type == "inverted" ? type : ""));
+  if (name == "arpeggiate") return CodeText(NotationCodeFor(name));
+  return {};
+}
+
 std::string OrnamentCode(xml::Node ornament) {
   const std::string_view name = ornament.Name();
   // MuseData has one sign for the shake and the inverted mordent.
@@ -149,19 +165,7 @@ std::string MusicXML::SaveNotations(const std::vector<xml::Node>& notations, boo
       }
       for (const xml::Node child : group.Children()) {
         const std::string_view name = child.Name();
-        if (name == "tied") {
-          write(child,
-                child.Attr("type") == "start" ? CodeText(NotationCodeFor("tied", "start"))
-                                              : std::string(),
-                {true, true});
-        } else if (name == "slur") {
-          write(child, SlurCode(child), {true, true});
-        } else if (name == "tuplet") {
-          write(
-              child,
-              CodeText(NotationCodeFor("tuplet", child.Attr("type") == "start" ? "start" : "stop")),
-              {true, false});
-        } else if (name == "ornaments") {
+        if (name == "ornaments") {
           for (const xml::Node ornament : child.Children()) {
             const std::string code = OrnamentCode(ornament);
             if (code.empty()) continue;
@@ -184,13 +188,9 @@ std::string MusicXML::SaveNotations(const std::vector<xml::Node>& notations, boo
           const int32_t column = beforeField + CharacterCount(field) + 1;
           field += code;
           SavePosition(child, column, true, false);
-        } else if (name == "fermata") {
-          write(child,
-                CodeText(
-                    NotationCodeFor("fermata", child.Attr("type") == "inverted" ? "inverted" : "")),
-                {false, false});
-        } else if (name == "arpeggiate") {
-          write(child, CodeText(NotationCodeFor("arpeggiate")), {false, false});
+        } else {
+          PositionFlags flags{};
+          write(child, PlainNotationCode(child, flags), flags);
         }
       }
     }
