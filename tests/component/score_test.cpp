@@ -58,28 +58,5 @@ TEST(Score, ExportPartReplacesTheFileOnlyWithAWholePart) {
   EXPECT_NE(ReadFile(target).find("\n$   Q:4 K:0 T:4/4 C:4\n/END\n"), std::string::npos);
 }
 
-// Reduced divisions reach the MuseData file; the host's score keeps its own.
-TEST(Score, ExportPartReducesDivisionsOnlyWhenAsked) {
-  TempDir dir;
-  const Document score = ReadMusicXml(
-      "<score-partwise><part-list><score-part id=\"P1\"/></part-list><part id=\"P1\">"
-      "<measure number=\"1\"><attributes><divisions>480</divisions></attributes><note><pitch>"
-      "<step>C</step><octave>4</octave></pitch><duration>1920</duration><type>whole</type>"
-      "</note></measure></part></score-partwise>",
-      "whole.xml");
-  const std::string before = ToMusicXmlText(score);
-  const std::pair<bool, const char*> rows[] = {{true, "C4   4  "}, {false, "C4   999"}};
-  for (const auto& [reduce, record] : rows) {
-    SCOPED_TRACE(record);
-    ExportOptions options;
-    options.reduceDivisions = reduce;
-    options.warning = [](const std::string&) {};
-    ASSERT_TRUE(ExportPart(score, 1, dir.Path() + "/whole.md", options));
-    EXPECT_NE(ReadFile(dir.Path() + "/whole.md").find(record), std::string::npos)
-        << ReadFile(dir.Path() + "/whole.md");
-    EXPECT_EQ(ToMusicXmlText(score), before);
-  }
-}
-
 }  // namespace
 }  // namespace musedata::test

@@ -57,16 +57,5 @@ TEST(ZipArchive, RefusesWhatIsNotAReadableContainer) {
   }
 }
 
-TEST(ZipArchive, LooksLikeZipByItsSignature) {
-  const std::pair<std::string, bool> rows[] = {
-      {std::string("PK\x03\x04", 4), true},
-      {std::string("PK\x05\x06", 4) + std::string(18, '\0'), true},  // empty container
-      {"PK", false},
-      {"<?xml version=\"1.0\"?>", false},
-      {"", false},
-  };
-  for (const auto& [bytes, isZip] : rows) EXPECT_EQ(LooksLikeZip(bytes), isZip) << bytes;
-}
-
 }  // namespace
 }  // namespace musedata::test
