@@ -8,6 +8,7 @@ BENCH_BUILD ?= build-bench
 BENCH_SIZES ?= 1 10 100
 BENCH_RUNS ?= 3
 FUZZ_SECONDS ?= 60
+FUZZ_TARGETS ?= import export
 PREFIX ?= /usr/local
 JOBS ?= $(shell nproc 2>/dev/null || echo 2)
 DEBIAN_PACKAGES := cmake g++ make libxml2-dev libxml2-utils libgtest-dev libbenchmark-dev libcli11-dev libzip-dev
@@ -46,7 +47,7 @@ test-sanitize: deps
 demo: build
 	@sh examples/demo.sh $(BUILD)
 
-# The import timed against xmllint on generated parts of BENCH_SIZES megabytes
+# The import and the export timed against xmllint on generated parts of BENCH_SIZES megabytes
 # (written once into $(BENCH_BUILD)/data), then the in-process benchmarks.
 bench: deps
 	cmake -S . -B $(BENCH_BUILD) -DCMAKE_BUILD_TYPE=Release -DMUSEDATA_BUILD_BENCH=ON -DMUSEDATA_BUILD_TESTS=OFF
@@ -58,17 +59,24 @@ bench: deps
 	$(BENCH_BUILD)/bench/musedata_bench_compare $(BENCH_BUILD)/musedata $(BENCH_BUILD)/data $(BENCH_RUNS) $(BENCH_SIZES)
 	$(BENCH_BUILD)/bench/musedata_bench --benchmark_counters_tabular=true
 
-# The import fuzz target, run for FUZZ_SECONDS over a scratch copy of the seed corpus.
+# Each fuzz target runs FUZZ_SECONDS over a scratch copy of its seed corpus:
+# the import over fuzz/corpus (MuseData), the export over fuzz/corpus-export
+# (MusicXML). Findings go to $(FUZZ_BUILD)/findings.
 fuzz: deps
 	@if [ "$$(id -u)" = 0 ]; then for p in $(FUZZ_PACKAGES); do dpkg -s $$p >/dev/null 2>&1 || \
 	  (apt-get update -qq && DEBIAN_FRONTEND=noninteractive apt-get install -y -qq $$p >/dev/null); done; fi
 	CC=clang CXX=clang++ cmake -S . -B $(FUZZ_BUILD) -DCMAKE_BUILD_TYPE=RelWithDebInfo \
 	  -DMUSEDATA_BUILD_FUZZ=ON -DMUSEDATA_BUILD_TESTS=OFF
-	cmake --build $(FUZZ_BUILD) -j $(JOBS) --target musedata_import_fuzz
-	rm -rf $(FUZZ_BUILD)/corpus && mkdir -p $(FUZZ_BUILD)/corpus $(FUZZ_BUILD)/findings
-	$(FUZZ_BUILD)/fuzz/musedata_import_fuzz -max_total_time=$(FUZZ_SECONDS) -timeout=10 \
-	  -rss_limit_mb=4096 -artifact_prefix=$(FUZZ_BUILD)/findings/ -print_final_stats=1 \
-	  $(FUZZ_BUILD)/corpus fuzz/corpus
+	cmake --build $(FUZZ_BUILD) -j $(JOBS) --target $(foreach t,$(FUZZ_TARGETS),musedata_$(t)_fuzz)
+	@mkdir -p $(FUZZ_BUILD)/findings
+	@for target in $(FUZZ_TARGETS); do \
+	  seeds=fuzz/corpus; [ $$target = export ] && seeds=fuzz/corpus-export; \
+	  rm -rf $(FUZZ_BUILD)/corpus-$$target && mkdir -p $(FUZZ_BUILD)/corpus-$$target; \
+	  echo "fuzzing the $$target for $(FUZZ_SECONDS) s"; \
+	  $(FUZZ_BUILD)/fuzz/musedata_$${target}_fuzz -max_total_time=$(FUZZ_SECONDS) -timeout=10 \
+	    -rss_limit_mb=4096 -artifact_prefix=$(FUZZ_BUILD)/findings/$$target- -print_final_stats=1 \
+	    $(FUZZ_BUILD)/corpus-$$target $$seeds || exit 1; \
+	done
 
 install: build
 	cmake --install $(BUILD) --prefix $(PREFIX)

@@ -1,10 +1,11 @@
-// musedata_bench_compare: times the import tool against a yardstick. For each
-// generated part it runs `musedata import PART -o PART.musicxml` and then
-// `xmllint --format` on the MusicXML that the import wrote (parse, build the
+// musedata_bench_compare: times the tool against a yardstick, both ways. For
+// each generated part it runs `musedata import PART -o PART.musicxml`, then
+// `musedata export PART.musicxml -o PART.export.md` (the same MusicXML back
+// to MuseData), and `xmllint --format` on that MusicXML (parse, build the
 // tree, write it indented: the same kind of work on a document of the same
 // size), several times in turn, and prints the minimum wall-clock time, CPU
-// time and peak resident memory of each, their ratios, and the import's time
-// per megabyte from the smallest part to the largest.
+// time and peak resident memory of each, their ratios to xmllint, and the
+// time per megabyte from the smallest part to the largest.
 //
 //   musedata_bench_compare TOOL FOLDER RUNS MEGABYTES...
 
@@ -102,6 +103,65 @@ long long CountRecords(const std::string& path, double& megabytes) {
   return records;
 }
 
+// One direction's figures over every size, printed once all sizes are done.
+struct Direction {
+  explicit Direction(const char* directionName) : name(directionName) {}
+
+  const char* name;  // "import" or "export"
+  std::vector<std::string> rows;
+  std::vector<std::string> cpuRows;
+  std::vector<double> secondsPerMegabyte;
+  std::vector<double> cpuSecondsPerMegabyte;
+  double worstTimeRatio = 0;
+  double worstMemoryRatio = 0;
+
+  // Adds one size: `megabytes` of input, `records` MuseData records.
+  void Add(double megabytes, long long records, const Measured& run, const Measured& lint) {
+    const double timeRatio = run.seconds / lint.seconds;
+    const double memoryRatio = run.peakMegabytes / lint.peakMegabytes;
+    worstTimeRatio = std::max(worstTimeRatio, timeRatio);
+    worstMemoryRatio = std::max(worstMemoryRatio, memoryRatio);
+    secondsPerMegabyte.push_back(run.seconds / megabytes);
+    cpuSecondsPerMegabyte.push_back(run.cpuSeconds / megabytes);
+    char row[160];
+    std::snprintf(row, sizeof row, "%8.1f %9lld %9.3f %7.2f %10.0f %9.1f %9.3f %10.1f %6.2f %6.2f",
+                  megabytes, records, run.seconds, megabytes / run.seconds,
+                  static_cast<double>(records) / run.seconds, run.peakMegabytes, lint.seconds,
+                  lint.peakMegabytes, timeRatio, memoryRatio);
+    rows.emplace_back(row);
+    std::snprintf(row, sizeof row, "%8.1f %12.3f %13.3f %6.2f", megabytes, run.cpuSeconds,
+                  lint.cpuSeconds, run.cpuSeconds / lint.cpuSeconds);
+    cpuRows.emplace_back(row);
+  }
+
+  void Print() const {
+    std::printf("\n%s (size = megabytes read: MuseData for the import, MusicXML for the export)\n",
+                name);
+    std::printf("%8s %9s %9s %7s %10s %9s %9s %9s %6s %6s\n", "size MB", "records", "seconds",
+                "MB/s", "records/s", "peak MB", "xmllint s", "xmllint MB", "time x", "mem x");
+    for (const std::string& row : rows) std::printf("%s\n", row.c_str());
+    std::printf("CPU time (user and system), less disturbed by other work on the machine:\n");
+    std::printf("%8s %12s %13s %6s\n", "size MB", "cpu s", "xmllint cpu s", "cpu x");
+    for (const std::string& row : cpuRows) std::printf("%s\n", row.c_str());
+    std::printf("per MB, wall:");
+    for (const double seconds : secondsPerMegabyte) std::printf(" %.4f s", seconds);
+    std::printf(" (largest / smallest %.2f)\n",
+                secondsPerMegabyte.back() / secondsPerMegabyte.front());
+    std::printf("per MB, CPU: ");
+    for (const double seconds : cpuSecondsPerMegabyte) std::printf(" %.4f s", seconds);
+    std::printf(" (largest / smallest %.2f)\n",
+                cpuSecondsPerMegabyte.back() / cpuSecondsPerMegabyte.front());
+    std::printf("%s: worst time ratio %.2f, worst memory ratio %.2f: %s\n", name, worstTimeRatio,
+                worstMemoryRatio,
+                worstTimeRatio <= 1.5 && worstMemoryRatio <= 1.5 ? "met" : "missed");
+  }
+};
+
+double FileMegabytes(const std::string& path) {
+  struct stat file {};
+  return stat(path.c_str(), &file) == 0 ? static_cast<double>(file.st_size) / 1e6 : 0;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -114,16 +174,11 @@ int main(int argc, char** argv) {
   const int runs = std::max(1, std::atoi(argv[3]));
 
   std::printf(
-      "Minimum over %d runs each, the import and xmllint taking turns; wall clock;\n"
-      "peak = maximum resident set size.\n\n",
+      "Minimum over %d runs each, the import, the export and xmllint taking turns;\n"
+      "wall clock; peak = maximum resident set size; xmllint formats the MusicXML.\n",
       runs);
-  std::printf("%8s %9s %9s %7s %10s %9s %9s %9s %6s %6s\n", "size MB", "records", "import s",
-              "MB/s", "records/s", "import MB", "xmllint s", "xmllint MB", "time x", "mem x");
-  std::vector<std::string> cpuLines;
-  double worstTimeRatio = 0;
-  double worstMemoryRatio = 0;
-  std::vector<double> secondsPerMegabyte;
-  std::vector<double> cpuSecondsPerMegabyte;
+  Direction import("import");
+  Direction exportBack("export");
   for (int i = 4; i < argc; ++i) {
     const std::string stem = musedata::bench::GeneratedPartStem(folder, argv[i]);
     const std::string input = stem + ".md";
@@ -134,47 +189,27 @@ int main(int argc, char** argv) {
       std::fprintf(stderr, "musedata_bench_compare: %s is missing or empty\n", input.c_str());
       return 1;
     }
-    // Taking turns exposes both programs to the same load from elsewhere.
-    Measured import;
+    // Taking turns exposes every program to the same load from elsewhere.
+    Measured importRun;
+    Measured exportRun;
     Measured lint;
     for (int run = 0; run < runs; ++run) {
-      import.KeepBest(
+      importRun.KeepBest(
           RunOnce({tool, "import", "--no-progress", "-o", output, input}, stem + ".import.log"));
+      exportRun.KeepBest(
+          RunOnce({tool, "export", "--no-progress", "-o", stem + ".export.md", output},
+                  stem + ".export.log"));
       lint.KeepBest(RunOnce(
           {"xmllint", "--nonet", "--format", "--output", stem + ".xmllint.musicxml", output},
           stem + ".xmllint.log"));
     }
-    const double timeRatio = import.seconds / lint.seconds;
-    const double memoryRatio = import.peakMegabytes / lint.peakMegabytes;
-    worstTimeRatio = std::max(worstTimeRatio, timeRatio);
-    worstMemoryRatio = std::max(worstMemoryRatio, memoryRatio);
-    secondsPerMegabyte.push_back(import.seconds / megabytes);
-    cpuSecondsPerMegabyte.push_back(import.cpuSeconds / megabytes);
-    std::printf("%8.1f %9lld %9.3f %7.2f %10.0f %9.1f %9.3f %10.1f %6.2f %6.2f\n", megabytes,
-                records, import.seconds, megabytes / import.seconds,
-                static_cast<double>(records) / import.seconds, import.peakMegabytes, lint.seconds,
-                lint.peakMegabytes, timeRatio, memoryRatio);
+    import.Add(megabytes, records, importRun, lint);
+    exportBack.Add(FileMegabytes(output), records, exportRun, lint);
+    std::printf("%s MB done\n", argv[i]);
     std::fflush(stdout);
-    char cpuLine[128];
-    std::snprintf(cpuLine, sizeof cpuLine, "%8.1f %12.3f %13.3f %6.2f", megabytes,
-                  import.cpuSeconds, lint.cpuSeconds, import.cpuSeconds / lint.cpuSeconds);
-    cpuLines.emplace_back(cpuLine);
   }
-  std::printf("\nCPU time (user and system), less disturbed by other work on the machine:\n");
-  std::printf("%8s %12s %13s %6s\n", "size MB", "import cpu s", "xmllint cpu s", "cpu x");
-  for (const std::string& line : cpuLines) std::printf("%s\n", line.c_str());
-
-  std::printf("\nimport per MB, wall:");
-  for (const double seconds : secondsPerMegabyte) std::printf(" %.4f s", seconds);
-  std::printf(" (largest / smallest %.2f)\n",
-              secondsPerMegabyte.back() / secondsPerMegabyte.front());
-  std::printf("import per MB, CPU: ");
-  for (const double seconds : cpuSecondsPerMegabyte) std::printf(" %.4f s", seconds);
-  std::printf(" (largest / smallest %.2f)\n",
-              cpuSecondsPerMegabyte.back() / cpuSecondsPerMegabyte.front());
+  import.Print();
+  exportBack.Print();
   std::printf("\ntarget: time and memory at most 1.5 x xmllint, time linear in the size\n");
-  std::printf("worst time ratio %.2f, worst memory ratio %.2f: %s\n", worstTimeRatio,
-              worstMemoryRatio,
-              worstTimeRatio <= 1.5 && worstMemoryRatio <= 1.5 ? "met" : "missed");
   return 0;
 }

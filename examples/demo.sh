@@ -1,6 +1,7 @@
 #!/bin/sh
 # Converts the bundled minuet (three MuseData part files) into one MusicXML
-# score with the musedata tool of the build folder BUILD_DIR.
+# score, and that score back into MuseData part files, with the musedata tool
+# of the build folder BUILD_DIR.
 #
 #   sh examples/demo.sh BUILD_DIR
 set -eu
@@ -24,3 +25,8 @@ output="$build/demo/minuet.musicxml"
 parts=$(grep -c '<part id=' "$output" || true)
 echo "MuseData parts: $examples/minuet ($parts parts)"
 echo "MusicXML score: $output"
+# Every part of the score back to MuseData: 01.md, 02.md, 03.md.
+back="$build/demo/minuet-md"
+rm -rf "$back"
+"$tool" export --no-progress --all -o "$back" "$output"
+echo "MuseData again: $back ($(ls "$back" | wc -l) parts)"

@@ -1,4 +1,4 @@
-// musedata: converts MuseData part files into MusicXML scores.
+// musedata: converts MuseData part files into MusicXML scores and back.
 
 #include "musedata/musedata.h"
 
@@ -16,6 +16,7 @@
 
 #include "batch.h"
 #include "component/natural_order.h"
+#include "export_command.h"
 #include "huge_pages.h"
 #include "interrupt.h"
 #include "progress_bar.h"
@@ -90,12 +91,6 @@ void PrintFinishCounts(const musedata::FinishCounts& counts) {
 int RunImport(const ImportCommand& command) {
   const bool toStdout = command.output == "-";
   const std::string extension = fs::path(command.output).extension().string();
-  if (!toStdout && extension == ".mxl") {
-    std::fprintf(stderr,
-                 "musedata: compressed MusicXML (.mxl) output is not available yet; use .musicxml "
-                 "or .xml\n");
-    return kExitUsage;
-  }
   musedata::ImportOptions options;
   options.groupType = command.group;
   options.systemIdentifier = command.systemId;
@@ -159,7 +154,10 @@ int RunImport(const ImportCommand& command) {
                    result.stoppedAt.c_str());
       return kExitIncomplete;
     }
-    const bool written = musedata::WriteMusicXmlFile(result.document, command.output, writing);
+    const bool written =
+        extension == ".mxl"
+            ? musedata::WriteCompressedMusicXmlFile(result.document, command.output, writing)
+            : musedata::WriteMusicXmlFile(result.document, command.output, writing);
     KeepUntilExit(std::move(result.document));
     if (musedata::tool::IsInterrupted()) return ReportInterruption(command.output, written);
     return kExitDone;
@@ -177,7 +175,7 @@ int RunImport(const ImportCommand& command) {
 int main(int argc, char** argv) {
   musedata::tool::RunOnHugePages(argv);
   musedata::tool::InstallInterruptHandlers();
-  CLI::App app{"musedata: converts MuseData part files into MusicXML scores", "musedata"};
+  CLI::App app{"musedata: converts MuseData part files into MusicXML scores and back", "musedata"};
   app.set_version_flag("--version", std::string("musedata ") + "0.1.0");
   app.require_subcommand(1);
 
@@ -196,8 +194,9 @@ int main(int argc, char** argv) {
       ->add_option("--encoding", import.encoding,
                    "Input encoding: auto, utf-8, cp437, cp1252, latin1")
       ->check(CLI::IsMember({"auto", "utf-8", "utf8", "cp437", "cp1252", "latin1"}));
-  importCommand->add_option("-o,--output", import.output,
-                            "Output file (.musicxml or .xml); - or none writes to standard output");
+  importCommand->add_option(
+      "-o,--output", import.output,
+      "Output file (.musicxml, .xml or compressed .mxl); - or none writes to standard output");
   importCommand->add_flag("--progress,!--no-progress", import.progress,
                           "Show a progress bar on standard error");
   importCommand->add_flag("--literal", import.literal,
@@ -209,6 +208,10 @@ int main(int argc, char** argv) {
       "INPUT", import.inputs,
       "MuseData part files, set files or zips of part files, or folders of them");
 
+  musedata::tool::ExportCommand exportArguments;
+  exportArguments.progress = isatty(STDERR_FILENO) != 0;
+  CLI::App* exportCommand = musedata::tool::AddExportCommand(app, exportArguments);
+
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
@@ -216,5 +219,6 @@ int main(int argc, char** argv) {
     return status == 0 ? kExitDone : kExitUsage;
   }
   if (importCommand->parsed()) return RunImport(import);
+  if (exportCommand->parsed()) return musedata::tool::RunExport(exportArguments);
   return kExitUsage;
 }

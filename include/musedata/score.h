@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <functional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "musedata/document.h"
@@ -73,6 +74,11 @@ struct ExportOptions {
   std::function<void(int32_t current, int32_t size, bool& cancel)> progress;
   // Receives warnings that do not stop the export.
   std::function<void(const std::string& text)> warning;
+  // Exports a copy of the score whose divisions and durations are divided,
+  // part by part, by their greatest common divisor (see ReduceDivisions), so
+  // that scores written with 480 or 10080 divisions fit MuseData's
+  // three-column durations. The host's document is never changed.
+  bool reduceDivisions = false;
 };
 
 // Writes part `partNumber` (from 1) of the score-partwise `document` as the
@@ -114,5 +120,45 @@ void RefuseOutputOverInputs(const std::vector<std::string>& outputs,
 // Removes the temporary files of every write still under way in the process.
 // Safe to call from a signal handler that ends the process at once.
 void RemovePartialOutputs() noexcept;
+
+// Reads the MusicXML score in the file `path`: plain MusicXML (.xml,
+// .musicxml) in UTF-8 or UTF-16, or compressed MusicXML (.mxl, recognised by
+// its content) whose META-INF/container.xml names the score inside. Any
+// MusicXML version is read; DTDs are never fetched and entities never
+// substituted. Raises ConverterError (source "musedata") naming the file: 53
+// when it does not exist, 75 when it cannot be read, 5 when it is not
+// well-formed XML (with line and column), not a readable .mxl container, or
+// not a score-partwise score (score-timewise is refused).
+Document ReadMusicXmlFile(const std::string& path);
+
+// Reads MusicXML or compressed MusicXML held in memory, as ReadMusicXmlFile
+// does; `name` is what messages call it.
+Document ReadMusicXml(std::string_view bytes, const std::string& name);
+
+// The score as compressed MusicXML: the "mimetype" file stored first,
+// META-INF/container.xml naming `rootName`, and the score as indented UTF-8
+// MusicXML under `rootName`.
+std::string ToCompressedMusicXml(const Document& document, const std::string& rootName);
+
+// Writes the score as compressed MusicXML to `path` (the score inside is
+// named after the file, "minuet.mxl" holding "minuet.xml"), replacing `path`
+// only once it is complete, by the same rule as WriteMusicXmlFile. False,
+// with nothing replaced, when `options.progress` cancelled the write. Raises
+// ConverterError (75, naming the path) when the file cannot be written.
+bool WriteCompressedMusicXmlFile(const Document& document, const std::string& path,
+                                 const WriteOptions& options = {});
+
+// A copy of the score in which each part whose durations do not all fit
+// MuseData's three columns has its `divisions` and every `duration` and
+// `offset` of its measures' elements (notes, backup, forward, figured bass,
+// directions ...) divided by the greatest common divisor of them all, so the
+// part keeps its rhythm in the smallest whole numbers. A part that fits
+// already, whose values are not all whole numbers, or that has no
+// `divisions`, is left as it is. Returns `document` itself when no part
+// changes.
+Document ReduceDivisions(const Document& document);
+
+// The number of `part` elements of the score; 0 for an empty handle.
+int32_t CountParts(const Document& document);
 
 }  // namespace musedata

@@ -313,7 +313,7 @@ ImportResult ImportScore(const std::vector<std::string>& paths, const ImportOpti
 bool ExportPart(const Document& document, int32_t partNumber, const std::string& path,
                 const ExportOptions& options) {
   const std::unique_ptr<MuseData> component = CreateMuseData();
-  component->SetXML(document);
+  component->SetXML(options.reduceDivisions ? ReduceDivisions(document) : document);
   component->SetPartNumber(partNumber);
   component->Saving = options.progress;
   component->Warning = options.warning;

@@ -419,6 +419,22 @@ Document ParseFile(const std::string& path, int32_t errorNumber) {
   return Document(doc);
 }
 
+Document TryParseFile(const std::string& path, ParseFailure& failure) {
+  InitializeParser();
+  ParserContext context(xmlNewParserCtxt());
+  if (!context) throw RunTimeError::OutOfMemory();
+  xmlDocPtr doc = xmlCtxtReadFile(context.get(), path.c_str(), nullptr, kParseOptions);
+  if (!doc) failure = FailureOf(context.get(), path);
+  return Document(doc);
+}
+
+Document CopyDocument(const Document& doc) {
+  if (!doc) return {};
+  xmlDocPtr copy = xmlCopyDoc(doc.get(), 1);
+  if (!copy) throw RunTimeError::OutOfMemory();
+  return Document(copy);
+}
+
 std::string NodeToString(Node node) {
   if (!node) return {};
   struct BufferFree {

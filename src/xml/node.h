@@ -163,6 +163,13 @@ Document TryParseMemory(std::string_view text, const std::string& name, ParseFai
 Document ParseMemory(std::string_view text, const std::string& name, int32_t errorNumber);
 // Parses an XML file the same way.
 Document ParseFile(const std::string& path, int32_t errorNumber);
+// Parses an XML file like ParseFile, reading it piece by piece, but reports a
+// failure in `failure` and returns an empty handle instead of raising.
+Document TryParseFile(const std::string& path, ParseFailure& failure);
+
+// A deep copy of the whole document (prolog, DOCTYPE, comments and all);
+// empty for an empty handle.
+Document CopyDocument(const Document& doc);
 
 // Serialises one node and everything below it, without indentation.
 std::string NodeToString(Node node);

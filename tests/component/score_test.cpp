@@ -42,12 +42,16 @@ TEST(Score, ImportRunsEveryFileThroughOneComponent) {
   }
 }
 
-// An export that fails leaves the file alone; one that works replaces it.
-TEST(Score, ExportPartReplacesTheFileOnlyWhenThePartWasWritten) {
+// The file is replaced only by a whole part: a timewise score, a cancel and
+// a missing part all leave it as it was.
+TEST(Score, ExportPartReplacesTheFileOnlyWithAWholePart) {
   TempDir dir;
   const std::string target = dir.Write("out.md", "kept\n");
-  EXPECT_FALSE(ExportPart(InitializeXML(false, ""), 1, target));
   const ImportResult score = ImportScore({dir.Write("a.md", Part({"$ K:0 Q:4 T:4/4 C:4"}))});
+  ExportOptions cancelling;
+  cancelling.progress = [](int32_t, int32_t, bool& cancel) { cancel = true; };
+  EXPECT_FALSE(ExportPart(InitializeXML(false, ""), 1, target));
+  EXPECT_FALSE(ExportPart(score.document, 1, target, cancelling));
   EXPECT_THROW(ExportPart(score.document, 2, target), ConverterError);
   EXPECT_EQ(ReadFile(target), "kept\n");
   EXPECT_TRUE(ExportPart(score.document, 1, target));
