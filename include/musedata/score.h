@@ -14,6 +14,17 @@
 
 namespace musedata {
 
+// Where an import stood: the file being read (a part of a set file is named
+// "NAME part N"), the part of the score it makes (from 1), the line of the
+// file and the number of the last measure begun in that part (empty before
+// the first bar).
+struct ImportPlace {
+  std::string file;
+  int32_t part = 0;
+  int32_t line = 0;
+  std::string measure;
+};
+
 struct ImportOptions {
   // Only files that belong to this group are loaded ("score", "parts",
   // "sound", ...); empty loads every file.
@@ -27,6 +38,11 @@ struct ImportOptions {
       progress;
   // Receives warnings that do not stop the import.
   std::function<void(const std::string& text)> warning;
+  // Receives every warning with the place it was raised at, after `warning`.
+  std::function<void(const std::string& text, const ImportPlace& place)> placedWarning;
+  // Receives the place at which the import ended early, by an error or a
+  // part that stopped, before the error is raised or the result returned.
+  std::function<void(const ImportPlace& place)> stopped;
 };
 
 struct ImportResult {
@@ -43,6 +59,17 @@ struct ImportResult {
 // be converted; an import that a record or the host ended early is a result
 // with `complete` false.
 ImportResult ImportScore(const std::vector<std::string>& paths, const ImportOptions& options = {});
+
+// A file held in memory: the name that messages use and its bytes.
+struct InputFile {
+  std::string name;
+  std::string bytes;
+};
+
+// Loads MuseData files held in memory, in order, as ImportScore loads files
+// from disk: a set file gives each of its parts, and nothing is written.
+ImportResult ImportScoreFromMemory(const std::vector<InputFile>& files,
+                                   const ImportOptions& options = {});
 
 struct ExportOptions {
   // Called per measure with the work done so far and the whole work; setting

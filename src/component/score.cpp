@@ -63,21 +63,48 @@ class ScoreImport {
     const std::optional<std::string> bytes = ReadWholeFile(path);
     // A file that cannot be read is reported by the component itself, with
     // the converter's own error for a missing file.
-    if (!bytes) return Loaded(path, m_component.Load(path));
-    const std::string name = std::filesystem::path(path).filename().string();
-    if (!IsSetFile(*bytes)) return Loaded(name, m_component.LoadPart(name, *bytes));
+    if (!bytes) {
+      ++m_loads;
+      return Loaded(path, m_component.Load(path));
+    }
+    return LoadBytes(std::filesystem::path(path).filename().string(), *bytes);
+  }
+
+  // Loads every part of the file `name` whose bytes are `bytes`.
+  bool LoadBytes(const std::string& name, const std::string& bytes) {
+    if (!IsSetFile(bytes)) {
+      ++m_loads;
+      return Loaded(name, m_component.LoadPart(name, bytes));
+    }
     // The parts of a set share one reading of its bytes.
-    m_component.SetEncoding(ResolveEncoding(*bytes, m_options.encoding));
+    m_component.SetEncoding(ResolveEncoding(bytes, m_options.encoding));
     int32_t index = 0;
     bool complete = true;
-    for (const SetFilePart& part : SetFileParts(*bytes)) {
+    for (const SetFilePart& part : SetFileParts(bytes)) {
       const std::string partName = name + " part " + std::to_string(++index);
+      ++m_loads;
       complete = Loaded(partName, m_component.LoadPart(partName, part.bytes, part.firstLine));
       if (!complete) break;
     }
     m_component.SetEncoding(m_options.encoding);
     if (index == 0) Warn(name + ": a set file without any part");
     return complete;
+  }
+
+  // Where the component stands now: its file, the part it makes, its line
+  // and the last measure begun in that part.
+  ImportPlace Place() const {
+    ImportPlace place;
+    place.file = m_component.FileName();
+    place.part = m_loads;
+    place.line = m_component.RecordLineNumber();
+    const Document document = m_component.XML();
+    xml::Node part;
+    for (xml::Node each : xml::Root(document).Children("part")) part = each;
+    if (part && PartCount(document) == m_loads) {
+      for (xml::Node measure : part.Children("measure")) place.measure = measure.Attr("number");
+    }
+    return place;
   }
 
  private:
@@ -99,11 +126,17 @@ class ScoreImport {
   MuseData& m_component;
   const ImportOptions& m_options;
   int32_t m_parts = 0;
+  int32_t m_loads = 0;
 };
 
 }  // namespace
 
-ImportResult ImportScore(const std::vector<std::string>& paths, const ImportOptions& options) {
+namespace {
+
+// Runs `load(import, index)` for each input index in order on a new component
+// and makes the result; `load` returns false when a part stopped early.
+template <typename Load>
+ImportResult RunImport(size_t inputs, const ImportOptions& options, const Load& load) {
   const std::unique_ptr<MuseData> component = CreateMuseData();
   component->SetGroupType(options.groupType);
   component->SetSystemIdentifier(options.systemIdentifier);
@@ -113,13 +146,23 @@ ImportResult ImportScore(const std::vector<std::string>& paths, const ImportOpti
     if (options.progress) options.progress(component->FileName(), current, size, cancel);
     cancelled = cancel;
   };
-  component->Warning = options.warning;
-  if (!component->Warning) component->Warning = [](const std::string&) {};
+  ScoreImport import(*component, options);
+  component->Warning = [&](const std::string& text) {
+    if (options.warning) options.warning(text);
+    if (options.placedWarning) options.placedWarning(text, import.Place());
+  };
 
   ImportResult result;
-  ScoreImport import(*component, options);
-  for (const std::string& path : paths) {
-    if (!import.LoadFile(path)) {
+  for (size_t index = 0; index < inputs; ++index) {
+    bool complete = false;
+    try {
+      complete = load(import, index);
+    } catch (const ConverterError&) {
+      if (options.stopped) options.stopped(import.Place());
+      throw;
+    }
+    if (!complete) {
+      if (options.stopped) options.stopped(import.Place());
       result.document = component->XML();
       result.stoppedAt = StoppedAt(*component, cancelled);
       return result;
@@ -133,6 +176,21 @@ ImportResult ImportScore(const std::vector<std::string>& paths, const ImportOpti
   }
   result.complete = true;
   return result;
+}
+
+}  // namespace
+
+ImportResult ImportScore(const std::vector<std::string>& paths, const ImportOptions& options) {
+  return RunImport(paths.size(), options, [&](ScoreImport& import, size_t index) {
+    return import.LoadFile(paths[index]);
+  });
+}
+
+ImportResult ImportScoreFromMemory(const std::vector<InputFile>& files,
+                                   const ImportOptions& options) {
+  return RunImport(files.size(), options, [&](ScoreImport& import, size_t index) {
+    return import.LoadBytes(files[index].name, files[index].bytes);
+  });
 }
 
 bool ExportPart(const Document& document, int32_t partNumber, const std::string& path,
