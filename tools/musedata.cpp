@@ -16,6 +16,9 @@
 
 #include "batch.h"
 #include "progress_bar.h"
+#ifdef MUSEDATA_WITH_SERVE
+#include "serve.h"
+#endif
 
 namespace fs = std::filesystem;
 
@@ -174,6 +177,11 @@ int main(int argc, char** argv) {
   importCommand->add_option("INPUT", import.inputs,
                             "MuseData files or set files, or folders of them");
 
+#ifdef MUSEDATA_WITH_SERVE
+  musedata::tool::ServeOptions serve;
+  CLI::App* serveCommand = musedata::tool::AddServeCommand(app, serve);
+#endif
+
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
@@ -181,5 +189,8 @@ int main(int argc, char** argv) {
     return status == 0 ? kExitDone : kExitUsage;
   }
   if (importCommand->parsed()) return RunImport(import);
+#ifdef MUSEDATA_WITH_SERVE
+  if (serveCommand->parsed()) return musedata::tool::RunServe(serve);
+#endif
   return kExitUsage;
 }
