@@ -201,6 +201,8 @@ void HandleMuseData(const httplib::Request& request, httplib::Response& response
     Send(response, ExportPartText(document, part, options), "text/plain; charset=utf-8");
     response.set_header("Content-Disposition",
                         "attachment; filename=\"" + std::to_string(part) + ".md\"");
+    // The export's warnings travel with the file, for the page's list.
+    response.set_header("X-Musedata-Warnings", warnings.dump(-1, ' ', true));
   } catch (const ConverterError& error) {
     Reply(response, 422, Problem(422, ErrorText(error)));
   }

@@ -16,8 +16,7 @@ namespace musedata {
 
 // Where an import stood: the file being read (a part of a set file is named
 // "NAME part N"), the part of the score it makes (from 1), the line of the
-// file and the number of the last measure begun in that part (empty before
-// the first bar).
+// file and the number of the measure being read (empty outside a measure).
 struct ImportPlace {
   std::string file;
   int32_t part = 0;

@@ -92,18 +92,13 @@ class ScoreImport {
   }
 
   // Where the component stands now: its file, the part it makes, its line
-  // and the last measure begun in that part.
+  // and its measure.
   ImportPlace Place() const {
     ImportPlace place;
     place.file = m_component.FileName();
     place.part = m_loads;
     place.line = m_component.RecordLineNumber();
-    const Document document = m_component.XML();
-    xml::Node part;
-    for (xml::Node each : xml::Root(document).Children("part")) part = each;
-    if (part && PartCount(document) == m_loads) {
-      for (xml::Node measure : part.Children("measure")) place.measure = measure.Attr("number");
-    }
+    place.measure = m_component.CurrentMeasureNumber();
     return place;
   }
 

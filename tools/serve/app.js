@@ -147,6 +147,8 @@ async function download(url, name) {
     body: state.musicxml,
   });
   if (response.ok) {
+    const warnings = JSON.parse(response.headers.get("X-Musedata-Warnings") || "[]");
+    if (warnings.length) showMessages(warnings);
     save(await response.blob(), name);
     return;
   }

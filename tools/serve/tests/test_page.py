@@ -118,11 +118,33 @@ def test_minuet_renders(server, browser):
                       "notes": expected_notes, "parts": 3}
 
 
+def upload(browser, name, text):
+    """Hands the page one file, as a drop would."""
+    browser.evaluate("convert([new File([%s], %s)])" % (json.dumps(text), json.dumps(name)))
+    return browser.wait_for(
+        "['rendered', 'error'].includes(document.body.dataset.state) && document.body.dataset.state")
+
+
+def test_warning_links_to_its_measure(server, browser):
+    # An unknown attribute code in measure 2 of the violin part.
+    from test_http import MINUET
+
+    lines = MINUET[0].read_text(encoding="utf-8").splitlines(keepends=True)
+    lines.insert(17, "$  Y:1\n")
+    assert upload(browser, "violino.md", "".join(lines)) == "rendered"
+    link = browser.evaluate("document.querySelector('#message-list li.warning a').textContent")
+    assert "Unrecognized attribute code Y" in link and "measure 2" in link
+    browser.evaluate("document.querySelector('#message-list li.warning a').click()")
+    found = browser.evaluate("Array.from(document.querySelectorAll('#score .found'), "
+                             "e => e.getAttribute('class'))")
+    assert found == ["measure found"]
+    # The found measure is the second of the score.
+    assert browser.evaluate("document.querySelectorAll('#score g.measure')[1]"
+                            ".classList.contains('found')")
+
+
 def test_garbage_shows_an_error(server, browser):
-    browser.open(server.url)
-    browser.wait_for("document.body.dataset.state === 'ready'")
-    browser.evaluate("convert([new File(['\\u0000 garbage, not MuseData'], 'garbage.md')])")
-    browser.wait_for("document.body.dataset.state === 'error'")
+    assert upload(browser, "garbage.md", "\u0000 garbage, not MuseData") == "error"
     status = browser.evaluate("document.getElementById('status').textContent")
     assert status.startswith("Not converted: error 0x")
     assert browser.evaluate("document.querySelectorAll('#message-list li.error').length") == 1
