@@ -1,4 +1,5 @@
-# The preview page's files in ${PROJECT_BINARY_DIR}/serve: the page itself,
+# The preview page's files in ${PROJECT_BINARY_DIR}/serve, beside the tool, where
+# it looks for them (installed: share/musedata/serve of its prefix): the page itself,
 # verovio's JavaScript toolkit installed from npm (once, at configure time,
 # from our package-lock.json) and the bundled minuet as a sample.
 

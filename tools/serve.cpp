@@ -50,8 +50,12 @@ std::optional<fs::path> FindAssets(const std::string& chosen) {
   if (!chosen.empty()) {
     candidates.emplace_back(chosen);
   } else {
-    candidates.emplace_back(MUSEDATA_SERVE_INSTALLED_ASSETS);
-    candidates.emplace_back(MUSEDATA_SERVE_ASSETS);
+    // Beside the tool in its build folder (build/serve), or in the share
+    // folder of the prefix it is installed in.
+    std::error_code status;
+    const fs::path tool = fs::read_symlink("/proc/self/exe", status).parent_path();
+    candidates.push_back(tool / "serve");
+    candidates.push_back(tool.parent_path() / "share" / "musedata" / "serve");
   }
   for (const fs::path& folder : candidates) {
     std::error_code status;
@@ -220,7 +224,8 @@ CLI::App* AddServeCommand(CLI::App& app, ServeOptions& options) {
   CLI::App* command = app.add_subcommand(
       "serve", "Start the preview page on 127.0.0.1: drop MuseData or MusicXML files on it");
   command->add_option("--port", options.port, "Port to listen on (0 takes any free port)")
-      ->check(CLI::Range(0, 65535));
+      ->check(CLI::Range(0, 65535))
+      ->capture_default_str();
   command->add_option("--assets", options.assets, "Folder of the page's files");
   command->add_option("--stop-after", options.stopAfter, "Stop after this many seconds")
       ->check(CLI::NonNegativeNumber);

@@ -14,8 +14,8 @@ namespace musedata::tool {
 
 struct ServeOptions {
   int port = 8765;  // 0 takes any free port
-  // The folder of the page's files; empty looks in the installed and the
-  // build folders.
+  // The folder of the page's files; empty looks beside the tool (build/serve)
+  // and in the share folder of its prefix.
   std::string assets;
   // Stops the server after this many seconds; 0 serves until interrupted.
   int stopAfter = 0;

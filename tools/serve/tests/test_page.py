@@ -72,7 +72,7 @@ class Browser:
                            returnByValue=True)
         return result["result"].get("value")
 
-    def wait_for(self, expression, seconds=90):
+    def wait_for(self, expression, seconds=120):
         deadline = time.monotonic() + seconds
         while time.monotonic() < deadline:
             value = self.evaluate(expression)
