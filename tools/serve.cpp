@@ -105,7 +105,9 @@ void Send(httplib::Response& response, std::string body, const std::string& type
 
 void Reply(httplib::Response& response, int status, const json& body) {
   response.status = status;
-  Send(response, body.dump(), kJson);
+  // A file name that is not UTF-8 gets replacement characters rather than
+  // failing the reply.
+  Send(response, body.dump(-1, ' ', false, json::error_handler_t::replace), kJson);
 }
 
 // Converts the uploaded files: one MusicXML file (text or .mxl) is read as

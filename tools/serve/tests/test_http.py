@@ -18,7 +18,7 @@ def multipart(files, field="file"):
     for name, data in files:
         body.write(("--%s\r\nContent-Disposition: form-data; name=\"%s\"; filename=\"%s\"\r\n"
                     "Content-Type: application/octet-stream\r\n\r\n" % (boundary, field, name))
-                   .encode())
+                   .encode("latin-1"))
         body.write(data + b"\r\n")
     body.write(("--%s--\r\n" % boundary).encode())
     return body.getvalue(), {"Content-Type": "multipart/form-data; boundary=" + boundary}
@@ -58,6 +58,7 @@ def test_converts_parts_in_name_order(server):
 
 @pytest.mark.parametrize("name, data, says", [
     ("garbage.md", b"\x00\x01 not music at all", "error"),
+    ("caf\xe9.md", b"\xff\xfe", "error"),  # a name that is not UTF-8
     ("broken.musicxml", b"<score-partwise><part id=\"P1\">", "line"),
     ("missing-end.md", b"\n".join(MINUET[0].read_bytes().splitlines()[:20]) + b"\n\n\n",
      "stopped"),
