@@ -24,6 +24,9 @@ def test_inputs_as_the_tool_takes_them(minuet_parts, minuet_set):
     assert musedata.to_musicxml(minuet_parts[0].parent) == from_folder
     from_set = musedata.to_musicxml([minuet_set])
     assert len(parts_of(from_set)) == 3
+    # The music21 sub-converter's path: the same set held in memory.
+    in_memory = [(minuet_set.name, minuet_set.read_bytes())]
+    assert musedata._musicxml_from_memory(in_memory) == from_set
     notes = lambda text: [ET.tostring(n) for n in ET.fromstring(text.encode()).iter("pitch")]
     assert notes(from_set) == notes(from_folder)
 
