@@ -11,7 +11,8 @@ FUZZ_SECONDS ?= 60
 FUZZ_TARGETS ?= import export
 PREFIX ?= /usr/local
 JOBS ?= $(shell nproc 2>/dev/null || echo 2)
-DEBIAN_PACKAGES := cmake g++ make libxml2-dev libxml2-utils libgtest-dev libbenchmark-dev libcli11-dev libzip-dev
+DEBIAN_PACKAGES := cmake g++ make libxml2-dev libxml2-utils libgtest-dev libbenchmark-dev libcli11-dev libzip-dev \
+  pkg-config pybind11-dev python3-dev python3-pytest libcpp-httplib-dev nlohmann-json3-dev chromium
 FUZZ_PACKAGES := clang libclang-rt-dev
 CMAKE_FLAGS ?=
 
@@ -27,6 +28,10 @@ deps:
 	    echo "Installing:$$missing"; \
 	    (apt-get update -qq && DEBIAN_FRONTEND=noninteractive apt-get install -y -qq $$missing) >/dev/null; \
 	  else echo "Missing Debian packages:$$missing (run as root to install them)"; fi; fi
+	@# npm installs the preview page's renderer into the build folder; a machine
+	@# whose Node.js came without it gets Debian's.
+	@if ! command -v npm >/dev/null && [ "$$(id -u)" = 0 ]; then \
+	  (apt-get update -qq && DEBIAN_FRONTEND=noninteractive apt-get install -y -qq npm) >/dev/null; fi
 
 $(BUILD)/CMakeCache.txt: | deps
 	cmake -S . -B $(BUILD) $(CMAKE_FLAGS)

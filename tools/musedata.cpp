@@ -20,6 +20,9 @@
 #include "huge_pages.h"
 #include "interrupt.h"
 #include "progress_bar.h"
+#ifdef MUSEDATA_WITH_SERVE
+#include "serve.h"
+#endif
 
 namespace fs = std::filesystem;
 
@@ -212,6 +215,11 @@ int main(int argc, char** argv) {
   exportArguments.progress = isatty(STDERR_FILENO) != 0;
   CLI::App* exportCommand = musedata::tool::AddExportCommand(app, exportArguments);
 
+#ifdef MUSEDATA_WITH_SERVE
+  musedata::tool::ServeOptions serve;
+  CLI::App* serveCommand = musedata::tool::AddServeCommand(app, serve);
+#endif
+
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
@@ -220,5 +228,8 @@ int main(int argc, char** argv) {
   }
   if (importCommand->parsed()) return RunImport(import);
   if (exportCommand->parsed()) return musedata::tool::RunExport(exportArguments);
+#ifdef MUSEDATA_WITH_SERVE
+  if (serveCommand->parsed()) return musedata::tool::RunServe(serve);
+#endif
   return kExitUsage;
 }

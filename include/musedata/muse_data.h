@@ -102,6 +102,9 @@ class MuseData : public MusicXMLConverter {
   // The line where the record in hand starts, while a load runs or after one
   // that stopped early; 0 otherwise.
   int32_t RecordLineNumber() const noexcept;
+  // The number of the measure the load is in, for messages; "" before the
+  // first measure of a part and after its end.
+  std::string CurrentMeasureNumber() const;
   // The record in hand (a line with its continuation lines).
   const std::string& CurrentRecord() const noexcept;
 

@@ -23,6 +23,16 @@ enum class PartFate {
   Lost           // no part was made of it: no musical data, an error, or the import ended first
 };
 
+// Where an import stood: the file being read (a part of a set file is named
+// "NAME part N"), the part of the score it makes (from 1), the line of the
+// file and the number of the measure being read (empty outside a measure).
+struct ImportPlace {
+  std::string file;
+  int32_t part = 0;
+  int32_t line = 0;
+  std::string measure;
+};
+
 struct ImportOptions {
   // Only files that belong to this group are loaded ("score", "parts",
   // "sound", ...); empty loads every file.
@@ -41,6 +51,11 @@ struct ImportOptions {
   // Runs the finishing step (musedata/finish.h) over a complete score, for
   // notation programs; off, the score is exactly what the converter built.
   bool finish = false;
+  // Receives every warning with the place it was raised at, after `warning`.
+  std::function<void(const std::string& text, const ImportPlace& place)> placedWarning;
+  // Receives the place at which the import ended early, by an error or a
+  // part that stopped, before the error is raised or the result returned.
+  std::function<void(const ImportPlace& place)> stopped;
 };
 
 struct ImportResult {
@@ -67,6 +82,17 @@ struct ImportResult {
 // host ended early, or that lost a part for any reason but the group, is a
 // result with `complete` false.
 ImportResult ImportScore(const std::vector<std::string>& paths, const ImportOptions& options = {});
+
+// A file held in memory: the name that messages use and its bytes.
+struct InputFile {
+  std::string name;
+  std::string bytes;
+};
+
+// Loads MuseData files held in memory, in order, as ImportScore loads files
+// from disk: a set file gives each of its parts, and nothing is written.
+ImportResult ImportScoreFromMemory(const std::vector<InputFile>& files,
+                                   const ImportOptions& options = {});
 
 struct ExportOptions {
   // Called per measure with the work done so far and the whole work; setting

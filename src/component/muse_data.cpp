@@ -132,6 +132,10 @@ int32_t MuseData::RecordLineNumber() const noexcept {
   return moMusicXML->RecordLineNumber();
 }
 
+std::string MuseData::CurrentMeasureNumber() const {
+  return moMusicXML->CurrentMeasureNumber();
+}
+
 const std::string& MuseData::CurrentRecord() const noexcept {
   return moMusicXML->CurrentRecord();
 }

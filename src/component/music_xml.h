@@ -49,6 +49,10 @@ class MusicXML {
   int32_t LineNumber() const noexcept;
   // The line where the current record starts, for messages; 0 when no file is open.
   int32_t RecordLineNumber() const noexcept;
+  // The number of the measure that records are appended to; "" outside one.
+  std::string CurrentMeasureNumber() const {
+    return std::string(m_score.currentMeasure.Attr("number"));
+  }
   // Whether the last load skipped its file because it is not in the group.
   bool LastLoadSkipped() const noexcept { return m_group.notInGroup; }
   // Where the comment block that the last load left open began, in the file's

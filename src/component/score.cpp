@@ -82,6 +82,23 @@ class ScoreImport {
   // container of them. False when a load stopped early.
   bool LoadFile(const std::string& path) { return LoadFile(path, true); }
 
+  // Loads every part of the file `name` held in memory as `bytes`, as a file
+  // given by name.
+  bool LoadBytes(const std::string& name, std::string_view bytes) {
+    return LoadBytes(name, name, bytes, true);
+  }
+
+  // Where the component stands now: its file, the part it makes, its line
+  // and its measure.
+  ImportPlace Place() const {
+    ImportPlace place;
+    place.file = m_component.FileName();
+    place.part = m_found;
+    place.line = m_component.RecordLineNumber();
+    place.measure = m_component.CurrentMeasureNumber();
+    return place;
+  }
+
   // Names the files passed over, in one warning.
   void WarnPassedOver(std::vector<std::string>& files) {
     if (files.empty()) return;
@@ -117,18 +134,23 @@ class ScoreImport {
     // A file that cannot be read is reported by the component itself, with
     // the converter's own error for a missing file.
     if (!bytes) return LoadUnreadable(path);
-    const std::string name = std::filesystem::path(path).filename().string();
+    return LoadBytes(path, std::filesystem::path(path).filename().string(), *bytes, named);
+  }
+
+  // Loads the bytes of the file `path`, which messages call `name`.
+  bool LoadBytes(const std::string& path, const std::string& name, std::string_view bytes,
+                 bool named) {
     // Bytes that are no MuseData text at all would only fail as a header
     // record that was not understood; they are named for what they are.
     // A compressed MusicXML file is a zip container too, but no folder of parts.
     const bool musicXml = std::filesystem::path(path).extension() == ".mxl";
-    if (named && (!LooksLikeZip(*bytes) || musicXml))
-      if (const std::string kind = ForeignTextKind(*bytes); !kind.empty())
+    if (named && (!LooksLikeZip(bytes) || musicXml))
+      if (const std::string kind = ForeignTextKind(bytes); !kind.empty())
         throw ConverterError(13, "musedata", path + ": " + kind);
     const int32_t found = m_found;
     const int32_t loaded = m_loaded;
     const bool complete =
-        LooksLikeZip(*bytes) ? LoadZip(name, *bytes) : LoadMuseData(name, *bytes, m_passedOver);
+        LooksLikeZip(bytes) ? LoadZip(name, bytes) : LoadMuseData(name, bytes, m_passedOver);
     // A file of several parts says how many it gave; each part not loaded
     // has been named already.
     if (complete && m_found - found > 1 && m_loaded - loaded < m_found - found)
@@ -274,7 +296,12 @@ class ScoreImport {
 
 }  // namespace
 
-ImportResult ImportScore(const std::vector<std::string>& paths, const ImportOptions& options) {
+namespace {
+
+// Runs `load(import, index)` for each input index in order on a new component
+// and makes the result; `load` returns false when a part stopped early.
+template <typename Load>
+ImportResult RunImport(size_t inputs, const ImportOptions& options, const Load& load) {
   const std::unique_ptr<MuseData> component = CreateMuseData();
   component->SetGroupType(options.groupType);
   component->SetSystemIdentifier(options.systemIdentifier);
@@ -284,13 +311,23 @@ ImportResult ImportScore(const std::vector<std::string>& paths, const ImportOpti
     if (options.progress) options.progress(component->FileName(), current, size, cancel);
     cancelled = cancel;
   };
-  component->Warning = options.warning;
-  if (!component->Warning) component->Warning = [](const std::string&) {};
+  ScoreImport import(*component, options);
+  component->Warning = [&](const std::string& text) {
+    if (options.warning) options.warning(text);
+    if (options.placedWarning) options.placedWarning(text, import.Place());
+  };
 
   ImportResult result;
-  ScoreImport import(*component, options);
-  for (const std::string& path : paths) {
-    if (!import.LoadFile(path)) {
+  for (size_t index = 0; index < inputs; ++index) {
+    bool complete = false;
+    try {
+      complete = load(import, index);
+    } catch (const ConverterError&) {
+      if (options.stopped) options.stopped(import.Place());
+      throw;
+    }
+    if (!complete) {
+      if (options.stopped) options.stopped(import.Place());
       result.document = component->XML();
       result.stoppedAt = StoppedAt(*component, cancelled);
       return result;
@@ -299,7 +336,10 @@ ImportResult ImportScore(const std::vector<std::string>& paths, const ImportOpti
   import.WarnPassedOver();
   result.document = component->XML();
   result.stoppedAt = import.Losses();
-  if (!result.stoppedAt.empty()) return result;
+  if (!result.stoppedAt.empty()) {
+    if (options.stopped) options.stopped(import.Place());
+    return result;
+  }
   if (PartCount(result.document) == 0) {
     std::string description = "No part was loaded";
     if (!options.groupType.empty()) description += " of group \"" + component->GroupType() + "\"";
@@ -308,6 +348,21 @@ ImportResult ImportScore(const std::vector<std::string>& paths, const ImportOpti
   result.complete = true;
   if (options.finish) result.finished = FinishScore(result.document, component->Warning);
   return result;
+}
+
+}  // namespace
+
+ImportResult ImportScore(const std::vector<std::string>& paths, const ImportOptions& options) {
+  return RunImport(paths.size(), options, [&](ScoreImport& import, size_t index) {
+    return import.LoadFile(paths[index]);
+  });
+}
+
+ImportResult ImportScoreFromMemory(const std::vector<InputFile>& files,
+                                   const ImportOptions& options) {
+  return RunImport(files.size(), options, [&](ScoreImport& import, size_t index) {
+    return import.LoadBytes(files[index].name, files[index].bytes);
+  });
 }
 
 bool ExportPart(const Document& document, int32_t partNumber, const std::string& path,

@@ -1,0 +1,80 @@
+#include "score_bytes.h"
+
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <vector>
+
+#include "component/zip_archive.h"
+#include "musedata/converter_error.h"
+
+namespace musedata::tool {
+namespace fs = std::filesystem;
+namespace {
+
+// A folder of our own under the system's temporary folder, removed with
+// everything in it when it goes out of scope.
+class ScratchFolder {
+ public:
+  ScratchFolder() {
+    std::string pattern = (fs::temp_directory_path() / "musedata-XXXXXX").string();
+    if (!mkdtemp(pattern.data())) throw ConverterError(75, "musedata", "Path/File access error");
+    m_path = pattern;
+  }
+  ~ScratchFolder() {
+    std::error_code ignored;
+    fs::remove_all(m_path, ignored);
+  }
+  ScratchFolder(const ScratchFolder&) = delete;
+  ScratchFolder& operator=(const ScratchFolder&) = delete;
+  const fs::path& Path() const noexcept { return m_path; }
+
+ private:
+  fs::path m_path;
+};
+
+}  // namespace
+
+std::string MxlBytes(const Document& document) {
+  return ToCompressedMusicXml(document, "score.xml");
+}
+
+Document ParseMusicXml(std::string_view bytes, const std::string& name) {
+  return ReadMusicXml(bytes, name);
+}
+
+bool LooksLikeMusicXml(std::string_view bytes) noexcept {
+  if (LooksLikeZip(bytes)) return true;
+  if (bytes.substr(0, 3) == "\xEF\xBB\xBF") bytes.remove_prefix(3);
+  const size_t first = bytes.find_first_not_of(" \t\r\n");
+  return first != std::string_view::npos && bytes[first] == '<';
+}
+
+std::string ExportPartText(const Document& document, int32_t partNumber,
+                           const ExportOptions& options) {
+  // The export writes a file; it goes to a private scratch folder and is read
+  // back at once.
+  const ScratchFolder scratch;
+  const std::string path = (scratch.Path() / "part.md").string();
+  if (!ExportPart(document, partNumber, path, options)) {
+    throw ConverterError(5, "musedata",
+                         "Part " + std::to_string(partNumber) +
+                             " was not written: the document is not score-partwise or the "
+                             "export was cancelled");
+  }
+  std::ifstream stream(path, std::ios::binary);
+  return std::string((std::istreambuf_iterator<char>(stream)), std::istreambuf_iterator<char>());
+}
+
+void WriteScoreFile(const Document& document, const std::string& path) {
+  if (fs::path(path).extension() == ".mxl") {
+    WriteCompressedMusicXmlFile(document, path);
+  } else {
+    WriteMusicXmlFile(document, path);
+  }
+}
+
+}  // namespace musedata::tool

@@ -1,0 +1,33 @@
+#pragma once
+
+// musedata serve: a small HTTP server on 127.0.0.1 whose page converts the
+// MuseData or MusicXML files dropped on it and shows the score, its warnings
+// and errors, and downloads of the result.
+
+#include <string>
+
+namespace CLI {
+class App;
+}
+
+namespace musedata::tool {
+
+struct ServeOptions {
+  int port = 8765;  // 0 takes any free port
+  // The folder of the page's files; empty looks beside the tool (build/serve)
+  // and in the share folder of its prefix.
+  std::string assets;
+  // Stops the server after this many seconds; 0 serves until interrupted.
+  int stopAfter = 0;
+  // Largest upload accepted, in bytes.
+  size_t maxUpload = 50u * 1024 * 1024;
+};
+
+// Declares the serve subcommand and its options on `app`.
+CLI::App* AddServeCommand(CLI::App& app, ServeOptions& options);
+
+// Serves until interrupted (or for `stopAfter` seconds); returns the exit
+// status.
+int RunServe(const ServeOptions& options);
+
+}  // namespace musedata::tool
