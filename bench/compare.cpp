@@ -4,8 +4,8 @@
 // to MuseData), and `xmllint --format` on that MusicXML (parse, build the
 // tree, write it indented: the same kind of work on a document of the same
 // size), several times in turn, and prints the minimum wall-clock time, CPU
-// time and peak resident memory of each, their ratios to xmllint, and the
-// time per megabyte from the smallest part to the largest.
+// time, peak resident memory and minor page faults of each, their ratios to
+// xmllint, and the time per megabyte from the smallest part to the largest.
 //
 //   musedata_bench_compare TOOL FOLDER RUNS MEGABYTES...
 
@@ -32,12 +32,15 @@ struct Measured {
   double seconds = std::numeric_limits<double>::max();     // wall clock
   double cpuSeconds = std::numeric_limits<double>::max();  // user and system time
   double peakMegabytes = std::numeric_limits<double>::max();
+  // Pages first touched: building a tree of small nodes is mostly this.
+  long long minorFaults = std::numeric_limits<long long>::max();
 
   // Keeps the least of each: other work on the machine only ever adds to them.
   void KeepBest(const Measured& run) {
     seconds = std::min(seconds, run.seconds);
     cpuSeconds = std::min(cpuSeconds, run.cpuSeconds);
     peakMegabytes = std::min(peakMegabytes, run.peakMegabytes);
+    minorFaults = std::min(minorFaults, run.minorFaults);
   }
 };
 
@@ -87,6 +90,7 @@ Measured RunOnce(const std::vector<std::string>& arguments, const std::string& e
   measured.seconds = std::chrono::duration<double>(end - start).count();
   measured.cpuSeconds = Seconds(usage.ru_utime) + Seconds(usage.ru_stime);
   measured.peakMegabytes = static_cast<double>(usage.ru_maxrss) / 1024.0;  // ru_maxrss is in KiB
+  measured.minorFaults = usage.ru_minflt;
   return measured;
 }
 
@@ -105,9 +109,12 @@ long long CountRecords(const std::string& path, double& megabytes) {
 
 // One direction's figures over every size, printed once all sizes are done.
 struct Direction {
-  explicit Direction(const char* directionName) : name(directionName) {}
+  Direction(const char* directionName, double timeTarget, double memoryTarget)
+      : name(directionName), timeTarget(timeTarget), memoryTarget(memoryTarget) {}
 
-  const char* name;  // "import" or "export"
+  const char* name;     // "import" or "export"
+  double timeTarget;    // the ratio to xmllint's time to stay under
+  double memoryTarget;  // and to its peak memory
   std::vector<std::string> rows;
   std::vector<std::string> cpuRows;
   std::vector<double> secondsPerMegabyte;
@@ -129,8 +136,9 @@ struct Direction {
                   static_cast<double>(records) / run.seconds, run.peakMegabytes, lint.seconds,
                   lint.peakMegabytes, timeRatio, memoryRatio);
     rows.emplace_back(row);
-    std::snprintf(row, sizeof row, "%8.1f %12.3f %13.3f %6.2f", megabytes, run.cpuSeconds,
-                  lint.cpuSeconds, run.cpuSeconds / lint.cpuSeconds);
+    std::snprintf(row, sizeof row, "%8.1f %12.3f %13.3f %6.2f %12lld %14lld", megabytes,
+                  run.cpuSeconds, lint.cpuSeconds, run.cpuSeconds / lint.cpuSeconds,
+                  run.minorFaults, lint.minorFaults);
     cpuRows.emplace_back(row);
   }
 
@@ -141,7 +149,8 @@ struct Direction {
                 "MB/s", "records/s", "peak MB", "xmllint s", "xmllint MB", "time x", "mem x");
     for (const std::string& row : rows) std::printf("%s\n", row.c_str());
     std::printf("CPU time (user and system), less disturbed by other work on the machine:\n");
-    std::printf("%8s %12s %13s %6s\n", "size MB", "cpu s", "xmllint cpu s", "cpu x");
+    std::printf("%8s %12s %13s %6s %12s %14s\n", "size MB", "cpu s", "xmllint cpu s", "cpu x",
+                "minor faults", "xmllint faults");
     for (const std::string& row : cpuRows) std::printf("%s\n", row.c_str());
     std::printf("per MB, wall:");
     for (const double seconds : secondsPerMegabyte) std::printf(" %.4f s", seconds);
@@ -151,9 +160,10 @@ struct Direction {
     for (const double seconds : cpuSecondsPerMegabyte) std::printf(" %.4f s", seconds);
     std::printf(" (largest / smallest %.2f)\n",
                 cpuSecondsPerMegabyte.back() / cpuSecondsPerMegabyte.front());
-    std::printf("%s: worst time ratio %.2f, worst memory ratio %.2f: %s\n", name, worstTimeRatio,
-                worstMemoryRatio,
-                worstTimeRatio <= 1.5 && worstMemoryRatio <= 1.5 ? "met" : "missed");
+    std::printf(
+        "%s: worst time ratio %.2f, worst memory ratio %.2f: %s\n", name, worstTimeRatio,
+        worstMemoryRatio,
+        worstTimeRatio <= timeTarget && worstMemoryRatio <= memoryTarget ? "met" : "missed");
   }
 };
 
@@ -177,8 +187,8 @@ int main(int argc, char** argv) {
       "Minimum over %d runs each, the import, the export and xmllint taking turns;\n"
       "wall clock; peak = maximum resident set size; xmllint formats the MusicXML.\n",
       runs);
-  Direction import("import");
-  Direction exportBack("export");
+  Direction import("import", 0.5, 1.1);
+  Direction exportBack("export", 1.5, 1.5);
   for (int i = 4; i < argc; ++i) {
     const std::string stem = musedata::bench::GeneratedPartStem(folder, argv[i]);
     const std::string input = stem + ".md";
@@ -210,6 +220,8 @@ int main(int argc, char** argv) {
   }
   import.Print();
   exportBack.Print();
-  std::printf("\ntarget: time and memory at most 1.5 x xmllint, time linear in the size\n");
+  std::printf(
+      "\ntargets: the import at most 0.5 x xmllint's time and 1.1 x its memory, the export at "
+      "most 1.5 x both; time linear in the size\n");
   return 0;
 }
