@@ -152,12 +152,7 @@ def test_musicxml_to_musedata(tmp_path, minuet_parts):
         musedata.to_musedata("<score-partwise><part>")
     assert "line" in raised.value.description
     score = musedata.to_musicxml(minuet_parts)
-    try:
-        text = musedata.to_musedata(score, part=2)
-    except musedata.ConverterError as error:
-        if "not available yet" in error.description:
-            pytest.skip("the MuseData export is not available yet: " + error.description)
-        raise
+    text = musedata.to_musedata(score, part=2)
     assert "/END" in text
     out = tmp_path / "02.md"
     musedata.import_files(minuet_parts, tmp_path / "score.mxl")
