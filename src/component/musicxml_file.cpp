@@ -12,6 +12,7 @@
 
 #include "component/atomic_file.h"
 #include "component/zip_archive.h"
+#include "encoding/numbers.h"
 #include "musedata/converter_error.h"
 #include "musedata/score.h"
 #include "xml/node.h"
@@ -140,23 +141,6 @@ std::string EscapeAttribute(std::string_view text) {
 }
 
 // ---- Divisions that fit ----
-
-// A whole number as MusicXML writes one (blanks around it allowed), or
-// nothing for a decimal or any other text.
-std::optional<int64_t> WholeNumber(std::string_view text) {
-  const size_t first = text.find_first_not_of(" \t\r\n");
-  if (first == std::string_view::npos) return std::nullopt;
-  text = text.substr(first, text.find_last_not_of(" \t\r\n") - first + 1);
-  const bool negative = text.front() == '-';
-  if (negative || text.front() == '+') text.remove_prefix(1);
-  if (text.empty() || text.size() > 15) return std::nullopt;
-  int64_t value = 0;
-  for (const char c : text) {
-    if (c < '0' || c > '9') return std::nullopt;
-    value = value * 10 + (c - '0');
-  }
-  return negative ? -value : value;
-}
 
 // The elements of one part that count time in divisions: `divisions` itself,
 // and the `duration` and `offset` of every element of its measures.

@@ -12,6 +12,7 @@
 #include "encoding/direction_codes.h"
 #include "encoding/notation_codes.h"
 #include "encoding/notation_columns.h"
+#include "encoding/numbers.h"
 #include "export/suggestion_text.h"
 
 namespace musedata {
@@ -33,14 +34,9 @@ std::string CodeText(char code) {
 // A level that is no whole number is an error in the score.
 std::string SlurCode(xml::Node slur) {
   if (!slur.HasAttr("number")) return CodeText(SlurCodeFor("1", slur.Attr("type") == "start"));
-  const std::string_view text = Trim(slur.Attr("number"));
-  const bool isWholeNumber =
-      !text.empty() && text.size() < 10 &&
-      std::all_of(text.begin() + (text.front() == '-' || text.front() == '+' ? 1 : 0), text.end(),
-                  [](char c) { return c >= '0' && c <= '9'; }) &&
-      text.find_first_of("0123456789") != std::string_view::npos;
-  if (!isWholeNumber) throw RunTimeError::TypeMismatch();
-  const std::string number = std::to_string(std::stoi(std::string(text)));
+  const std::optional<int32_t> level = WholeNumber32(slur.Attr("number"));
+  if (!level) throw RunTimeError::TypeMismatch();
+  const std::string number = std::to_string(*level);
   return CodeText(SlurCodeFor(number, slur.Attr("type") == "start"));
 }
 

@@ -10,6 +10,7 @@
 
 #include "component/error_codes.h"
 #include "component/music_xml.h"
+#include "encoding/numbers.h"
 #include "encoding/record_view.h"
 
 namespace musedata {
@@ -20,18 +21,6 @@ namespace {
 std::string TrackCharacter(int32_t counter) {
   if (counter <= 9) return std::string(1, static_cast<char>('0' + counter));
   return std::string(1, static_cast<char>('A' + counter - 10));
-}
-
-// The value of text that is a whole number (blanks around it and a sign
-// allowed); none for any other text.
-std::optional<int32_t> WholeNumber(std::string_view text) {
-  text = Trim(text);
-  if (!text.empty() && text.front() == '+') text.remove_prefix(1);
-  int32_t value = 0;
-  const auto [end, status] = std::from_chars(text.data(), text.data() + text.size(), value);
-  if (text.empty() || status != std::errc() || end != text.data() + text.size())
-    return std::nullopt;
-  return value;
 }
 
 // Calls `visit` with every element called `name` below `node`, at any depth,
@@ -203,7 +192,7 @@ std::string MusicXML::EditorialColumns(xml::Node footnote, xml::Node level, xml:
   const std::string voiceText = voice.Text();
   const std::string_view text = TrimLeft(voiceText);
   if (text.empty()) return columns + " ";
-  const std::optional<int32_t> number = WholeNumber(text);
+  const std::optional<int32_t> number = WholeNumber32(text);
   if (!number) return columns + std::string(FirstCharacters(text, 1));
   // A voice number that the part does not use is outside the track table.
   if (*number < 1) throw RunTimeError::SubscriptOutOfRange();

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "encoding/numbers.h"
+
 namespace musedata::finish {
 
 void Context::Warn(const PartInScore& part, xml::Node measure, const std::string& text) const {
@@ -29,17 +31,7 @@ std::string StaffOf(xml::Node element) {
 }
 
 int32_t WholeNumber(std::string_view text, int32_t fallback) {
-  while (!text.empty() && text.front() == ' ') text.remove_prefix(1);
-  while (!text.empty() && text.back() == ' ') text.remove_suffix(1);
-  const bool negative = !text.empty() && text.front() == '-';
-  if (!text.empty() && (text.front() == '-' || text.front() == '+')) text.remove_prefix(1);
-  if (text.empty() || text.size() > 9) return fallback;
-  int32_t value = 0;
-  for (const char c : text) {
-    if (c < '0' || c > '9') return fallback;
-    value = value * 10 + (c - '0');
-  }
-  return negative ? -value : value;
+  return WholeNumber32(text).value_or(fallback);
 }
 
 std::string PitchOf(xml::Node note) {
