@@ -58,10 +58,14 @@ FinishCounts FinishScore(const Document& document,
       counts.measuresRemoved += finish::RemoveEmptyEndMeasures(part, context);
       counts.repeatsMended += finish::MendDoubleRepeats(part, context);
       counts.voicesNumbered += finish::NumberVoices(part, context);
-      const finish::TieChanges ties = finish::CloseTies(part, context);
+      // Ties and trill lines both follow the chords of each voice. Neither
+      // pass changes which notes form a chord or where they stand, so the
+      // chords are read once, after the voices are numbered.
+      const finish::ChordsOfVoices chords = finish::ChordsByVoice(part.measures);
+      const finish::TieChanges ties = finish::CloseTies(part, chords, context);
       counts.tiesClosed += ties.closed;
       counts.tiesRemoved += ties.removed;
-      counts.trillLinesClosed += finish::CloseTrillLines(part, context);
+      counts.trillLinesClosed += finish::CloseTrillLines(part, chords, context);
       counts.tempoWords += finish::AddTempoWords(part, context);
       counts.valuesMended += finish::MendValues(part, context);
       counts.accidentalsMended += finish::MendCourtesyAccidentals(part, context);

@@ -31,17 +31,17 @@ int32_t NumberVoices(const PartInScore& part, Context& context);
 // MuseData's ties are paired per track on one open tie, so in a chord all but
 // the last tied tone stay open. Every tie start finds the note of the same
 // pitch in the next chord of its voice and staff, which gets the stop; a tie
-// that finds none is removed.
+// that finds none is removed. `chords` are the part's chords by voice.
 struct TieChanges {
   int32_t closed = 0;
   int32_t removed = 0;
 };
-TieChanges CloseTies(const PartInScore& part, Context& context);
+TieChanges CloseTies(const PartInScore& part, const ChordsOfVoices& chords, Context& context);
 
 // A trill's wavy line starts on a note and is continued by later notes or bar
 // lines, but never stopped. It stops on the note it starts on, or on the last
-// note that the data carries it to.
-int32_t CloseTrillLines(const PartInScore& part, Context& context);
+// note that the data carries it to. `chords` are the part's chords by voice.
+int32_t CloseTrillLines(const PartInScore& part, const ChordsOfVoices& chords, Context& context);
 
 // Tempo and other directives exist only as attributes/directive, which
 // notation programs do not show; each is also written as words above the

@@ -21,15 +21,6 @@ bool IsChordTone(xml::Node note) {
   return static_cast<bool>(note.Child("chord"));
 }
 
-bool IsGrace(xml::Node note) {
-  return static_cast<bool>(note.Child("grace"));
-}
-
-std::string StaffOf(xml::Node element) {
-  std::string staff = element.Child("staff").Text();
-  return staff.empty() ? "1" : staff;
-}
-
 int32_t WholeNumber(std::string_view text, int32_t fallback) {
   return WholeNumber32(text).value_or(fallback);
 }
@@ -37,9 +28,21 @@ int32_t WholeNumber(std::string_view text, int32_t fallback) {
 std::string PitchOf(xml::Node note) {
   const xml::Node pitch = note.Child("pitch");
   if (!pitch) return {};
-  return pitch.Child("step").Text() + " " +
-         std::to_string(WholeNumber(pitch.Child("alter").Text(), 0)) + " " +
-         pitch.Child("octave").Text();
+  xml::Node step;
+  xml::Node alter;
+  xml::Node octave;
+  for (xml::Node child : pitch.Children()) {
+    const std::string_view name = child.Name();
+    if (name == "step" && !step) step = child;
+    if (name == "alter" && !alter) alter = child;
+    if (name == "octave" && !octave) octave = child;
+  }
+  std::string text = step.Text();
+  text += ' ';
+  text += std::to_string(WholeNumber(alter.Text(), 0));
+  text += ' ';
+  text += octave.Text();
+  return text;
 }
 
 std::string PitchName(xml::Node note) {
@@ -51,18 +54,58 @@ std::string PitchName(xml::Node note) {
   return pitch.Child("step").Text() + sign + pitch.Child("octave").Text();
 }
 
-std::map<std::string, std::vector<Chord>> ChordsByVoice(const std::vector<xml::Node>& measures) {
-  std::map<std::string, std::vector<Chord>> chords;
+namespace {
+
+// What places a note among the chords of its voice, read in one walk over
+// its children: a score holds hundreds of thousands of notes, and each
+// separate lookup walks all of a note's children again.
+struct ChordPlace {
+  bool chordTone = false;
+  bool grace = false;
+  std::string voice;
+  std::string staff;
+};
+
+ChordPlace PlaceOf(xml::Node note) {
+  ChordPlace place;
+  xml::Node voice;
+  xml::Node staff;
+  for (xml::Node child : note.Children()) {
+    const std::string_view name = child.Name();
+    if (name == "chord") {
+      place.chordTone = true;
+    } else if (name == "grace") {
+      place.grace = true;
+    } else if (name == "voice") {
+      if (!voice) voice = child;
+    } else if (name == "staff") {
+      if (!staff) staff = child;
+    }
+  }
+  place.voice = voice.Text();
+  place.staff = staff.Text();
+  if (place.staff.empty()) place.staff = "1";
+  return place;
+}
+
+}  // namespace
+
+ChordsOfVoices ChordsByVoice(const std::vector<xml::Node>& measures) {
+  ChordsOfVoices chords;
   for (size_t index = 0; index < measures.size(); ++index) {
     std::vector<Chord>* open = nullptr;
     for (xml::Node note : measures[index].Children("note")) {
+      ChordPlace place = PlaceOf(note);
       // A chord tone joins the chord before it, whatever voice it names.
-      if (IsChordTone(note) && open && !open->empty()) {
+      if (place.chordTone && open && !open->empty()) {
         open->back().notes.push_back(note);
         continue;
       }
-      open = &chords[note.Child("voice").Text() + "/" + StaffOf(note)];
-      open->push_back(Chord{{note}, index, IsGrace(note)});
+      std::string key = std::move(place.voice);
+      key += '/';
+      key += place.staff;
+      open = &chords[std::move(key)];
+      open->push_back(Chord{{note}, index, place.grace});
     }
   }
   return chords;

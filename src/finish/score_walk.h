@@ -45,9 +45,6 @@ class Context {
 std::vector<xml::Node> MeasuresOf(xml::Node part);
 
 bool IsChordTone(xml::Node note);
-bool IsGrace(xml::Node note);
-// The staff of a note or direction; "1" when it names none.
-std::string StaffOf(xml::Node element);
 // The whole number in `text`, or `fallback` when it is not one.
 int32_t WholeNumber(std::string_view text, int32_t fallback);
 // A note's sounding pitch as "step alter octave" ("F 1 4"), "" for a rest.
@@ -64,7 +61,8 @@ struct Chord {
 };
 // The chords of every voice and staff of the part ("voice/staff" as key), in
 // time order across the measures.
-std::map<std::string, std::vector<Chord>> ChordsByVoice(const std::vector<xml::Node>& measures);
+using ChordsOfVoices = std::map<std::string, std::vector<Chord>>;
+ChordsOfVoices ChordsByVoice(const std::vector<xml::Node>& measures);
 
 // Makes a new element `name` in `parent`, before the first child whose name is
 // in `later` (the elements MusicXML orders after it), or at the end.

@@ -25,14 +25,31 @@ struct TieMarks {
   explicit operator bool() const { return tie || tied; }
 };
 
-TieMarks MarksOf(xml::Node note, std::string_view type) {
-  TieMarks marks;
-  for (xml::Node tie : note.Children("tie"))
-    if (tie.Attr("type") == type) marks.tie = tie;
-  for (xml::Node notations : note.Children("notations"))
-    for (xml::Node tied : notations.Children("tied"))
-      if (tied.Attr("type") == type) marks.tied = tied;
-  return marks;
+// A note's tie starts and stops, read in one walk over its children (the
+// last of each kind counts).
+struct NoteTies {
+  TieMarks starts;
+  TieMarks stops;
+};
+
+void Record(TieMarks& starts, TieMarks& stops, xml::Node TieMarks::*mark, xml::Node element) {
+  const std::string_view type = element.Attr("type");
+  if (type == "start") starts.*mark = element;
+  if (type == "stop") stops.*mark = element;
+}
+
+NoteTies TiesOf(xml::Node note) {
+  NoteTies ties;
+  for (xml::Node child : note.Children()) {
+    const std::string_view name = child.Name();
+    if (name == "tie") {
+      Record(ties.starts, ties.stops, &TieMarks::tie, child);
+    } else if (name == "notations") {
+      for (xml::Node tied : child.Children("tied"))
+        Record(ties.starts, ties.stops, &TieMarks::tied, tied);
+    }
+  }
+  return ties;
 }
 
 // Removes a printed tie and the notations it leaves empty.
@@ -47,10 +64,9 @@ void RemoveMarks(const TieMarks& marks) {
   if (marks.tied) RemoveTied(marks.tied);
 }
 
-// Gives `note` the stops that answer the starts `opened` on its partner;
-// true when it had to.
-bool AddStops(xml::Node note, const TieMarks& opened) {
-  const TieMarks stops = MarksOf(note, "stop");
+// Gives `note`, whose stops are `stops`, the stops that answer the starts
+// `opened` on its partner; true when it had to.
+bool AddStops(xml::Node note, const TieMarks& stops, const TieMarks& opened) {
   const bool needsTie = opened.tie && !stops.tie;
   const bool needsTied = opened.tied && !stops.tied;
   if (needsTie) InsertBeforeFirstOf(note, "tie", kTieOrLater).SetAttr("type", "stop");
@@ -80,10 +96,13 @@ class TieCloser {
   void Take(const Chord& chord) {
     OpenTies opening;
     for (xml::Node note : chord.notes) {
+      // Answering or dropping stops leaves the note's starts as they are.
+      const NoteTies ties = TiesOf(note);
       const std::string pitch = PitchOf(note);
-      if (!Answer(m_afterGrace, pitch, note) && (chord.grace || !Answer(m_open, pitch, note)))
-        DropStopsWithoutStart(note, chord.measure);
-      const TieMarks starts = MarksOf(note, "start");
+      if (!Answer(m_afterGrace, pitch, note, ties.stops) &&
+          (chord.grace || !Answer(m_open, pitch, note, ties.stops)))
+        DropStopsWithoutStart(note, ties.stops, chord.measure);
+      const TieMarks& starts = ties.starts;
       if (!starts) continue;
       if (pitch.empty()) {
         Drop({note, starts, chord.measure}, "is on a rest");
@@ -108,18 +127,17 @@ class TieCloser {
 
  private:
   // Ends the tie open on `pitch`, if any, on `note`; false when there is none.
-  bool Answer(OpenTies& open, const std::string& pitch, xml::Node note) {
+  bool Answer(OpenTies& open, const std::string& pitch, xml::Node note, const TieMarks& stops) {
     const auto partner = open.find(pitch);
     if (partner == open.end()) return false;
-    if (AddStops(note, partner->second.marks)) ++m_changes.closed;
+    if (AddStops(note, stops, partner->second.marks)) ++m_changes.closed;
     open.erase(partner);
     return true;
   }
 
   // A stop whose start was dropped, or that the converter paired with a note
   // further on than the next chord.
-  void DropStopsWithoutStart(xml::Node note, size_t measure) {
-    const TieMarks stops = MarksOf(note, "stop");
+  void DropStopsWithoutStart(xml::Node note, const TieMarks& stops, size_t measure) {
     if (!stops) return;
     RemoveMarks(stops);
     m_context.Warn(m_part, m_part.measures[measure],
@@ -148,10 +166,11 @@ class TieCloser {
 
 }  // namespace
 
-TieChanges CloseTies(const PartInScore& part, Context& context) {
+TieChanges CloseTies(const PartInScore& part, const ChordsOfVoices& chordsByVoice,
+                     Context& context) {
   return Trap(kCloseTies, context.Caught(), [&] {
     TieChanges changes;
-    for (const auto& [voice, chords] : ChordsByVoice(part.measures)) {
+    for (const auto& [voice, chords] : chordsByVoice) {
       TieCloser closer(part, context, changes);
       for (const Chord& chord : chords) closer.Take(chord);
       closer.Finish();

@@ -73,10 +73,11 @@ bool HasStop(const std::vector<Chord>& chords, size_t first, size_t last) {
 
 }  // namespace
 
-int32_t CloseTrillLines(const PartInScore& part, Context& context) {
+int32_t CloseTrillLines(const PartInScore& part, const ChordsOfVoices& chordsByVoice,
+                        Context& context) {
   return Trap(kCloseTrillLines, context.Caught(), [&] {
     int32_t closed = 0;
-    for (const auto& [voice, chords] : ChordsByVoice(part.measures)) {
+    for (const auto& [voice, chords] : chordsByVoice) {
       for (size_t index = 0; index < chords.size(); ++index) {
         if (!WavyLine(chords[index], "start")) continue;
         const size_t end = LineEnd(chords, index, part.measures);
