@@ -24,21 +24,24 @@ bool IsCourtesy(xml::Node accidental) {
 
 }  // namespace
 
-int32_t MendCourtesyAccidentals(const PartInScore& part, Context& context) {
+int32_t MendCourtesyAccidentals(const ChordsOfVoices& chordsByVoice, Context& context) {
   return Trap(kMendCourtesyAccidentals, context.Caught(), [&] {
     int32_t mended = 0;
-    for (xml::Node measure : part.measures) {
-      for (xml::Node note : measure.Children("note")) {
-        const xml::Node accidental = note.Child("accidental");
-        const xml::Node pitch = note.Child("pitch");
-        if (!accidental || !pitch || !IsCourtesy(accidental)) continue;
-        const std::string_view sign = SignFor(WholeNumber(pitch.Child("alter").Text(), 0));
-        if (sign.empty() || accidental.Text() == sign) continue;
-        // The attributes (cautionary, editorial, parentheses) stay as they are.
-        for (xml::Node child = accidental.FirstChild(); child; child = accidental.FirstChild())
-          child.Remove();
-        accidental.AppendText(sign);
-        ++mended;
+    // Each note is mended on its own, so the order the voices come in does not matter.
+    for (const auto& [voice, chords] : chordsByVoice) {
+      for (const Chord& chord : chords) {
+        for (const NoteParts& parts : chord.parts) {
+          const xml::Node accidental = parts.accidental;
+          const xml::Node pitch = parts.pitch;
+          if (!accidental || !pitch || !IsCourtesy(accidental)) continue;
+          const std::string_view sign = SignFor(WholeNumber(pitch.Child("alter").Text(), 0));
+          if (sign.empty() || accidental.Text() == sign) continue;
+          // The attributes (cautionary, editorial, parentheses) stay as they are.
+          for (xml::Node child = accidental.FirstChild(); child; child = accidental.FirstChild())
+            child.Remove();
+          accidental.AppendText(sign);
+          ++mended;
+        }
       }
     }
     return mended;

@@ -58,9 +58,10 @@ FinishCounts FinishScore(const Document& document,
       counts.measuresRemoved += finish::RemoveEmptyEndMeasures(part, context);
       counts.repeatsMended += finish::MendDoubleRepeats(part, context);
       counts.voicesNumbered += finish::NumberVoices(part, context);
-      // Ties and trill lines both follow the chords of each voice. Neither
-      // pass changes which notes form a chord or where they stand, so the
-      // chords are read once, after the voices are numbered.
+      // Ties, trill lines and courtesy accidentals read the chords of each
+      // voice. No pass after the voices changes which notes form a chord or
+      // their pitches and accidentals, so the chords are read once, after the
+      // voices are numbered.
       const finish::ChordsOfVoices chords = finish::ChordsByVoice(part.measures);
       const finish::TieChanges ties = finish::CloseTies(part, chords, context);
       counts.tiesClosed += ties.closed;
@@ -68,7 +69,7 @@ FinishCounts FinishScore(const Document& document,
       counts.trillLinesClosed += finish::CloseTrillLines(part, chords, context);
       counts.tempoWords += finish::AddTempoWords(part, context);
       counts.valuesMended += finish::MendValues(part, context);
-      counts.accidentalsMended += finish::MendCourtesyAccidentals(part, context);
+      counts.accidentalsMended += finish::MendCourtesyAccidentals(chords, context);
       counts.instrumentsNamed += finish::NameInstrument(part, context);
     }
     return counts;

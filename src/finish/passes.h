@@ -56,7 +56,8 @@ int32_t MendValues(const PartInScore& part, Context& context);
 
 // A courtesy or editorial sign on a sharp or flat note comes out of the
 // notation codes as a natural; the sign must show the note's alteration.
-int32_t MendCourtesyAccidentals(const PartInScore& part, Context& context);
+// `chords` are the part's chords by voice.
+int32_t MendCourtesyAccidentals(const ChordsOfVoices& chords, Context& context);
 
 // Without a score-instrument notation programs make every part a piano; the
 // part's name becomes the instrument's, with a General MIDI program where

@@ -25,8 +25,7 @@ int32_t WholeNumber(std::string_view text, int32_t fallback) {
   return WholeNumber32(text).value_or(fallback);
 }
 
-std::string PitchOf(xml::Node note) {
-  const xml::Node pitch = note.Child("pitch");
+std::string PitchText(xml::Node pitch) {
   if (!pitch) return {};
   xml::Node step;
   xml::Node alter;
@@ -56,14 +55,14 @@ std::string PitchName(xml::Node note) {
 
 namespace {
 
-// What places a note among the chords of its voice, read in one walk over
-// its children: a score holds hundreds of thousands of notes, and each
-// separate lookup walks all of a note's children again.
+// What places a note among the chords of its voice, and the parts later
+// passes read, in one walk over its children.
 struct ChordPlace {
   bool chordTone = false;
   bool grace = false;
   std::string voice;
   std::string staff;
+  NoteParts parts;
 };
 
 ChordPlace PlaceOf(xml::Node note) {
@@ -76,10 +75,18 @@ ChordPlace PlaceOf(xml::Node note) {
       place.chordTone = true;
     } else if (name == "grace") {
       place.grace = true;
+    } else if (name == "pitch") {
+      if (!place.parts.pitch) place.parts.pitch = child;
     } else if (name == "voice") {
       if (!voice) voice = child;
     } else if (name == "staff") {
       if (!staff) staff = child;
+    } else if (name == "accidental") {
+      if (!place.parts.accidental) place.parts.accidental = child;
+    } else if (name == "tie") {
+      place.parts.tieMarks.push_back(child);
+    } else if (name == "notations") {
+      for (xml::Node tied : child.Children("tied")) place.parts.tieMarks.push_back(tied);
     }
   }
   place.voice = voice.Text();
@@ -99,13 +106,14 @@ ChordsOfVoices ChordsByVoice(const std::vector<xml::Node>& measures) {
       // A chord tone joins the chord before it, whatever voice it names.
       if (place.chordTone && open && !open->empty()) {
         open->back().notes.push_back(note);
+        open->back().parts.push_back(std::move(place.parts));
         continue;
       }
       std::string key = std::move(place.voice);
       key += '/';
       key += place.staff;
       open = &chords[std::move(key)];
-      open->push_back(Chord{{note}, index, place.grace});
+      open->push_back(Chord{{note}, {std::move(place.parts)}, index, place.grace});
     }
   }
   return chords;

@@ -47,15 +47,28 @@ std::vector<xml::Node> MeasuresOf(xml::Node part);
 bool IsChordTone(xml::Node note);
 // The whole number in `text`, or `fallback` when it is not one.
 int32_t WholeNumber(std::string_view text, int32_t fallback);
-// A note's sounding pitch as "step alter octave" ("F 1 4"), "" for a rest.
-std::string PitchOf(xml::Node note);
+// The sounding pitch of a note's `pitch` as "step alter octave" ("F 1 4");
+// "" for an empty node (a rest).
+std::string PitchText(xml::Node pitch);
 // A note's pitch as a musician writes it ("F#4", "Bb3"), "rest" for a rest.
 std::string PitchName(xml::Node note);
+
+// What the passes after the voices read of one note, gathered while the
+// chords are read: a large score does not fit in the cache, and each walk
+// over a note's children costs about as much as all the rest of a pass.
+// Passes that follow change none of these elements.
+struct NoteParts {
+  xml::Node pitch;
+  xml::Node accidental;
+  // The note's `tie` children and the `tied` of its notations, in document order.
+  std::vector<xml::Node> tieMarks;
+};
 
 // A note and the chord tones that sound with it.
 struct Chord {
   std::vector<xml::Node> notes;
-  size_t measure = 0;  // index into the part's measures
+  std::vector<NoteParts> parts;  // one for each of `notes`
+  size_t measure = 0;            // index into the part's measures
   // Grace notes take no time: they stand between the chords of their voice.
   bool grace = false;
 };

@@ -25,29 +25,20 @@ struct TieMarks {
   explicit operator bool() const { return tie || tied; }
 };
 
-// A note's tie starts and stops, read in one walk over its children (the
-// last of each kind counts).
+// A note's tie starts and stops (the last of each kind counts), from the
+// marks the chord walk found on it.
 struct NoteTies {
   TieMarks starts;
   TieMarks stops;
 };
 
-void Record(TieMarks& starts, TieMarks& stops, xml::Node TieMarks::*mark, xml::Node element) {
-  const std::string_view type = element.Attr("type");
-  if (type == "start") starts.*mark = element;
-  if (type == "stop") stops.*mark = element;
-}
-
-NoteTies TiesOf(xml::Node note) {
+NoteTies TiesOf(const NoteParts& parts) {
   NoteTies ties;
-  for (xml::Node child : note.Children()) {
-    const std::string_view name = child.Name();
-    if (name == "tie") {
-      Record(ties.starts, ties.stops, &TieMarks::tie, child);
-    } else if (name == "notations") {
-      for (xml::Node tied : child.Children("tied"))
-        Record(ties.starts, ties.stops, &TieMarks::tied, tied);
-    }
+  for (xml::Node mark : parts.tieMarks) {
+    const std::string_view type = mark.Attr("type");
+    TieMarks* marks = type == "start" ? &ties.starts : type == "stop" ? &ties.stops : nullptr;
+    if (!marks) continue;
+    (mark.Name() == "tie" ? marks->tie : marks->tied) = mark;
   }
   return ties;
 }
@@ -95,10 +86,12 @@ class TieCloser {
 
   void Take(const Chord& chord) {
     OpenTies opening;
-    for (xml::Node note : chord.notes) {
-      // Answering or dropping stops leaves the note's starts as they are.
-      const NoteTies ties = TiesOf(note);
-      const std::string pitch = PitchOf(note);
+    for (size_t tone = 0; tone < chord.notes.size(); ++tone) {
+      const xml::Node note = chord.notes[tone];
+      // Only the notes before this one have changed since the chords were
+      // read, and answering or dropping stops leaves the note's starts as they are.
+      const NoteTies ties = TiesOf(chord.parts[tone]);
+      const std::string pitch = PitchText(chord.parts[tone].pitch);
       if (!Answer(m_afterGrace, pitch, note, ties.stops) &&
           (chord.grace || !Answer(m_open, pitch, note, ties.stops)))
         DropStopsWithoutStart(note, ties.stops, chord.measure);

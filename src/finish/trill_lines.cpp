@@ -84,7 +84,7 @@ int32_t CloseTrillLines(const PartInScore& part, const ChordsOfVoices& chordsByV
         if (HasStop(chords, index, end)) continue;
         // Each tone of a chord may carry a line of its own.
         for (xml::Node starting : chords[index].notes) {
-          if (!WavyLine(Chord{{starting}}, "start")) continue;
+          if (!WavyLine(Chord{{starting}, {}}, "start")) continue;
           xml::Node note = end == index ? starting : WavyLine(chords[end], "continue");
           if (!note) note = chords[end].notes.front();
           const xml::Node ornaments = ChildOrNew(NotationsOf(note), "ornaments", {});
