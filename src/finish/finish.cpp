@@ -62,7 +62,7 @@ FinishCounts FinishScore(const Document& document,
       // voice. No pass after the voices changes which notes form a chord or
       // their pitches and accidentals, so the chords are read once, after the
       // voices are numbered.
-      const finish::ChordsOfVoices chords = finish::ChordsByVoice(part.measures);
+      finish::ChordsOfVoices chords = finish::ChordsByVoice(part.measures);
       const finish::TieChanges ties = finish::CloseTies(part, chords, context);
       counts.tiesClosed += ties.closed;
       counts.tiesRemoved += ties.removed;

@@ -41,7 +41,8 @@ TieChanges CloseTies(const PartInScore& part, const ChordsOfVoices& chords, Cont
 // A trill's wavy line starts on a note and is continued by later notes or bar
 // lines, but never stopped. It stops on the note it starts on, or on the last
 // note that the data carries it to. `chords` are the part's chords by voice.
-int32_t CloseTrillLines(const PartInScore& part, const ChordsOfVoices& chords, Context& context);
+// The stops it adds are recorded in `chords`.
+int32_t CloseTrillLines(const PartInScore& part, ChordsOfVoices& chords, Context& context);
 
 // Tempo and other directives exist only as attributes/directive, which
 // notation programs do not show; each is also written as words above the

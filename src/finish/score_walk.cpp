@@ -86,7 +86,11 @@ ChordPlace PlaceOf(xml::Node note) {
     } else if (name == "tie") {
       place.parts.tieMarks.push_back(child);
     } else if (name == "notations") {
-      for (xml::Node tied : child.Children("tied")) place.parts.tieMarks.push_back(tied);
+      for (xml::Node notation : child.Children()) {
+        const std::string_view notationName = notation.Name();
+        if (notationName == "tied") place.parts.tieMarks.push_back(notation);
+        if (notationName == "ornaments") place.parts.ornaments.push_back(notation);
+      }
     }
   }
   place.voice = voice.Text();

@@ -62,6 +62,8 @@ struct NoteParts {
   xml::Node accidental;
   // The note's `tie` children and the `tied` of its notations, in document order.
   std::vector<xml::Node> tieMarks;
+  // The `ornaments` of its notations, in document order.
+  std::vector<xml::Node> ornaments;
 };
 
 // A note and the chord tones that sound with it.

@@ -1,5 +1,6 @@
 // Trill lines (wavy lines) that start and never stop.
 
+#include <algorithm>
 #include <vector>
 
 #include "component/error_codes.h"
@@ -8,28 +9,41 @@
 namespace musedata::finish {
 namespace {
 
-// The ornaments of a note, in every notations it has.
-std::vector<xml::Node> OrnamentsOf(xml::Node note) {
-  std::vector<xml::Node> ornaments;
-  for (xml::Node notations : note.Children("notations"))
-    for (xml::Node element : notations.Children("ornaments")) ornaments.push_back(element);
-  return ornaments;
+// The tone of the chord whose ornaments hold a wavy line of `type`; the
+// chord's size when none does.
+size_t WavyLineTone(const Chord& chord, std::string_view type) {
+  for (size_t tone = 0; tone < chord.parts.size(); ++tone)
+    for (xml::Node ornaments : chord.parts[tone].ornaments)
+      for (xml::Node line : ornaments.Children("wavy-line"))
+        if (line.Attr("type") == type) return tone;
+  return chord.parts.size();
 }
 
-// The note of the chord whose ornaments hold a wavy line of `type`, or empty.
-xml::Node WavyLine(const Chord& chord, std::string_view type) {
-  for (xml::Node note : chord.notes)
-    for (xml::Node ornaments : OrnamentsOf(note))
-      for (xml::Node line : ornaments.Children("wavy-line"))
-        if (line.Attr("type") == type) return note;
-  return {};
+bool HasWavyLine(const Chord& chord, std::string_view type) {
+  return WavyLineTone(chord, type) < chord.parts.size();
 }
 
 bool HasTrillMark(const Chord& chord) {
-  for (xml::Node note : chord.notes)
-    for (xml::Node ornaments : OrnamentsOf(note))
+  for (const NoteParts& parts : chord.parts)
+    for (xml::Node ornaments : parts.ornaments)
       if (ornaments.Child("trill-mark")) return true;
   return false;
+}
+
+bool StartsLine(const NoteParts& parts) {
+  for (xml::Node ornaments : parts.ornaments)
+    for (xml::Node line : ornaments.Children("wavy-line"))
+      if (line.Attr("type") == "start") return true;
+  return false;
+}
+
+// Stops the line on the chord's tone `tone`, keeping its ornaments known to
+// the passes that look for stops later.
+void StopLine(Chord& chord, size_t tone) {
+  const xml::Node ornaments = ChildOrNew(NotationsOf(chord.notes[tone]), "ornaments", {});
+  ornaments.AppendElement("wavy-line").SetAttr("type", "stop");
+  std::vector<xml::Node>& known = chord.parts[tone].ornaments;
+  if (std::find(known.begin(), known.end(), ornaments) == known.end()) known.push_back(ornaments);
 }
 
 // Whether a bar line closing one of the measures from `first` up to (not
@@ -58,8 +72,8 @@ size_t LineEnd(const std::vector<Chord>& chords, size_t start,
       if (BarlineEndsLine(measures, chords[last].measure, chord.measure)) break;
       acrossBarline = true;
     }
-    if (WavyLine(chord, "start") || HasTrillMark(chord)) break;
-    if (!WavyLine(chord, "continue") && !acrossBarline) break;
+    if (HasWavyLine(chord, "start") || HasTrillMark(chord)) break;
+    if (!HasWavyLine(chord, "continue") && !acrossBarline) break;
     last = index;
   }
   return last;
@@ -67,28 +81,29 @@ size_t LineEnd(const std::vector<Chord>& chords, size_t start,
 
 bool HasStop(const std::vector<Chord>& chords, size_t first, size_t last) {
   for (size_t index = first; index <= last; ++index)
-    if (WavyLine(chords[index], "stop")) return true;
+    if (HasWavyLine(chords[index], "stop")) return true;
   return false;
 }
 
 }  // namespace
 
-int32_t CloseTrillLines(const PartInScore& part, const ChordsOfVoices& chordsByVoice,
-                        Context& context) {
+int32_t CloseTrillLines(const PartInScore& part, ChordsOfVoices& chordsByVoice, Context& context) {
   return Trap(kCloseTrillLines, context.Caught(), [&] {
     int32_t closed = 0;
-    for (const auto& [voice, chords] : chordsByVoice) {
+    for (auto& [voice, chords] : chordsByVoice) {
       for (size_t index = 0; index < chords.size(); ++index) {
-        if (!WavyLine(chords[index], "start")) continue;
+        if (!HasWavyLine(chords[index], "start")) continue;
         const size_t end = LineEnd(chords, index, part.measures);
         if (HasStop(chords, index, end)) continue;
         // Each tone of a chord may carry a line of its own.
-        for (xml::Node starting : chords[index].notes) {
-          if (!WavyLine(Chord{{starting}, {}}, "start")) continue;
-          xml::Node note = end == index ? starting : WavyLine(chords[end], "continue");
-          if (!note) note = chords[end].notes.front();
-          const xml::Node ornaments = ChildOrNew(NotationsOf(note), "ornaments", {});
-          ornaments.AppendElement("wavy-line").SetAttr("type", "stop");
+        for (size_t starting = 0; starting < chords[index].notes.size(); ++starting) {
+          if (!StartsLine(chords[index].parts[starting])) continue;
+          if (end == index) {
+            StopLine(chords[index], starting);
+          } else {
+            const size_t continued = WavyLineTone(chords[end], "continue");
+            StopLine(chords[end], continued < chords[end].notes.size() ? continued : 0);
+          }
           ++closed;
         }
       }
