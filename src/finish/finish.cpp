@@ -59,16 +59,17 @@ FinishCounts FinishScore(const Document& document,
       counts.repeatsMended += finish::MendDoubleRepeats(part, context);
       counts.voicesNumbered += finish::NumberVoices(part, context);
       // Ties, trill lines and courtesy accidentals read the chords of each
-      // voice. No pass after the voices changes which notes form a chord or
-      // their pitches and accidentals, so the chords are read once, after the
-      // voices are numbered.
-      finish::ChordsOfVoices chords = finish::ChordsByVoice(part.measures);
+      // voice, and the values the tuplet ratios. No pass after the voices
+      // changes which notes form a chord, their pitches, accidentals or
+      // ratios, so the notes are read once, after the voices are numbered.
+      std::vector<finish::TupletNote> tuplets;
+      finish::ChordsOfVoices chords = finish::ChordsByVoice(part.measures, tuplets);
       const finish::TieChanges ties = finish::CloseTies(part, chords, context);
       counts.tiesClosed += ties.closed;
       counts.tiesRemoved += ties.removed;
       counts.trillLinesClosed += finish::CloseTrillLines(part, chords, context);
       counts.tempoWords += finish::AddTempoWords(part, context);
-      counts.valuesMended += finish::MendValues(part, context);
+      counts.valuesMended += finish::MendValues(part, tuplets, context);
       counts.accidentalsMended += finish::MendCourtesyAccidentals(chords, context);
       counts.instrumentsNamed += finish::NameInstrument(part, context);
     }

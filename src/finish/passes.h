@@ -52,8 +52,10 @@ int32_t AddTempoWords(const PartInScore& part, Context& context);
 // Values that odd input lets through and MusicXML refuses: keys written with
 // their alternative, wedges without a direction, pass numbers in backups,
 // time signatures without a beat type, figures with empty or MuseData signs,
-// clefs without a sign, tuplet ratios of 0.
-int32_t MendValues(const PartInScore& part, Context& context);
+// clefs without a sign, tuplet ratios of 0. `tuplets` are the part's notes
+// with a tuplet ratio, in document order.
+int32_t MendValues(const PartInScore& part, const std::vector<TupletNote>& tuplets,
+                   Context& context);
 
 // A courtesy or editorial sign on a sharp or flat note comes out of the
 // notation codes as a natural; the sign must show the note's alteration.

@@ -63,6 +63,7 @@ struct ChordPlace {
   std::string voice;
   std::string staff;
   NoteParts parts;
+  xml::Node tupletRatio;
 };
 
 ChordPlace PlaceOf(xml::Node note) {
@@ -83,6 +84,8 @@ ChordPlace PlaceOf(xml::Node note) {
       if (!staff) staff = child;
     } else if (name == "accidental") {
       if (!place.parts.accidental) place.parts.accidental = child;
+    } else if (name == "time-modification") {
+      if (!place.tupletRatio) place.tupletRatio = child;
     } else if (name == "tie") {
       place.parts.tieMarks.push_back(child);
     } else if (name == "notations") {
@@ -101,12 +104,14 @@ ChordPlace PlaceOf(xml::Node note) {
 
 }  // namespace
 
-ChordsOfVoices ChordsByVoice(const std::vector<xml::Node>& measures) {
+ChordsOfVoices ChordsByVoice(const std::vector<xml::Node>& measures,
+                             std::vector<TupletNote>& tuplets) {
   ChordsOfVoices chords;
   for (size_t index = 0; index < measures.size(); ++index) {
     std::vector<Chord>* open = nullptr;
     for (xml::Node note : measures[index].Children("note")) {
       ChordPlace place = PlaceOf(note);
+      if (place.tupletRatio) tuplets.push_back({note, place.tupletRatio});
       // A chord tone joins the chord before it, whatever voice it names.
       if (place.chordTone && open && !open->empty()) {
         open->back().notes.push_back(note);

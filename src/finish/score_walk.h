@@ -77,7 +77,14 @@ struct Chord {
 // The chords of every voice and staff of the part ("voice/staff" as key), in
 // time order across the measures.
 using ChordsOfVoices = std::map<std::string, std::vector<Chord>>;
-ChordsOfVoices ChordsByVoice(const std::vector<xml::Node>& measures);
+// A note with a tuplet ratio (its first `time-modification`).
+struct TupletNote {
+  xml::Node note;
+  xml::Node ratio;
+};
+// `tuplets` receives the notes with a tuplet ratio, in document order.
+ChordsOfVoices ChordsByVoice(const std::vector<xml::Node>& measures,
+                             std::vector<TupletNote>& tuplets);
 
 // Makes a new element `name` in `parent`, before the first child whose name is
 // in `later` (the elements MusicXML orders after it), or at the end.

@@ -49,7 +49,8 @@ constexpr std::string_view kFigureWords[] = {"sharp",        "flat",       "natu
 // One pass over a part, with the divisions in force as it walks.
 class ValueMender {
  public:
-  ValueMender(const PartInScore& part, Context& context) : m_part(part), m_context(context) {}
+  ValueMender(const PartInScore& part, const std::vector<TupletNote>& tuplets, Context& context)
+      : m_part(part), m_tuplets(tuplets), m_context(context) {}
 
   int32_t Run() {
     for (size_t index = 0; index < m_part.measures.size(); ++index) {
@@ -65,8 +66,9 @@ class ValueMender {
           MendPassNumber(element);
         } else if (name == "figured-bass") {
           MendFigures(element);
-        } else if (name == "note") {
-          MendTuplet(element);
+        } else if (name == "note" && m_nextTuplet < m_tuplets.size() &&
+                   m_tuplets[m_nextTuplet].note == element) {
+          MendTuplet(m_tuplets[m_nextTuplet++]);
         }
       }
     }
@@ -215,18 +217,19 @@ class ValueMender {
   }
 
   // A tuplet ratio needs two positive numbers.
-  void MendTuplet(xml::Node note) {
-    const xml::Node ratio = note.Child("time-modification");
-    if (!ratio) return;
+  void MendTuplet(const TupletNote& tuplet) {
+    const xml::Node ratio = tuplet.ratio;
     if (WholeNumber(ratio.Child("actual-notes").Text(), 0) > 0 &&
         WholeNumber(ratio.Child("normal-notes").Text(), 0) > 0)
       return;
     ratio.Remove();
-    Mended("a tuplet ratio without two positive numbers removed from " + PitchName(note));
+    Mended("a tuplet ratio without two positive numbers removed from " + PitchName(tuplet.note));
   }
 
   const PartInScore& m_part;
+  const std::vector<TupletNote>& m_tuplets;
   Context& m_context;
+  size_t m_nextTuplet = 0;  // the first of `m_tuplets` not yet reached
   size_t m_index = 0;
   int32_t m_divisions = 0;
   int32_t m_mended = 0;
@@ -234,8 +237,10 @@ class ValueMender {
 
 }  // namespace
 
-int32_t MendValues(const PartInScore& part, Context& context) {
-  return Trap(kMendValues, context.Caught(), [&] { return ValueMender(part, context).Run(); });
+int32_t MendValues(const PartInScore& part, const std::vector<TupletNote>& tuplets,
+                   Context& context) {
+  return Trap(kMendValues, context.Caught(),
+              [&] { return ValueMender(part, tuplets, context).Run(); });
 }
 
 }  // namespace musedata::finish
