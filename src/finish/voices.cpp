@@ -16,24 +16,33 @@ constexpr std::string_view kAfterVoice[] = {
     "type",     "dot",   "accidental", "time-modification", "stem",
     "notehead", "staff", "beam",       "notations",         "lyric"};
 
+// A note, or a forward that names a voice, with its first `voice` (empty when it has none).
+struct LayerEntry {
+  xml::Node element;
+  xml::Node voice;
+};
+using Layer = std::vector<LayerEntry>;
+
 // The notes of each layer of the measure, with the forwards that name a
 // voice (a rest not printed); a backup starts the next layer.
-std::vector<std::vector<xml::Node>> Layers(xml::Node measure) {
-  std::vector<std::vector<xml::Node>> layers(1);
+std::vector<Layer> Layers(xml::Node measure) {
+  std::vector<Layer> layers(1);
   for (xml::Node child : measure.Children()) {
-    if (child.Name() == "backup") {
+    const std::string_view name = child.Name();
+    if (name == "backup") {
       layers.emplace_back();
-    } else if (child.Name() == "note" || (child.Name() == "forward" && child.Child("voice"))) {
-      layers.back().push_back(child);
+    } else if (name == "note" || name == "forward") {
+      const xml::Node voice = child.Child("voice");
+      if (name == "note" || voice) layers.back().push_back({child, voice});
     }
   }
   return layers;
 }
 
 // The voices the layer's notes name; "" stands for notes that name none.
-std::set<std::string> VoicesNamed(const std::vector<xml::Node>& layer) {
+std::set<std::string> VoicesNamed(const Layer& layer) {
   std::set<std::string> voices;
-  for (xml::Node note : layer) voices.insert(note.Child("voice").Text());
+  for (const LayerEntry& entry : layer) voices.insert(entry.voice.Text());
   return voices;
 }
 
@@ -44,8 +53,9 @@ std::string OwnVoice(const std::set<std::string>& named, const std::set<std::str
   return {};
 }
 
-void SetVoice(xml::Node note, const std::string& voice) {
-  xml::Node element = ChildOrNew(note, "voice", kAfterVoice);
+void SetVoice(const LayerEntry& entry, const std::string& voice) {
+  xml::Node element =
+      entry.voice ? entry.voice : InsertBeforeFirstOf(entry.element, "voice", kAfterVoice);
   for (xml::Node child = element.FirstChild(); child; child = element.FirstChild()) child.Remove();
   element.AppendText(voice);
 }
@@ -56,13 +66,13 @@ int32_t NumberVoices(const PartInScore& part, Context& context) {
   return Trap(kNumberVoices, context.Caught(), [&] {
     int32_t numbered = 0;
     for (xml::Node measure : part.measures) {
-      const std::vector<std::vector<xml::Node>> layers = Layers(measure);
+      const std::vector<Layer> layers = Layers(measure);
       if (layers.size() < 2) continue;
       // Layer n is voice n wherever that voice is free, so a part's layers
       // keep the same voices from measure to measure.
       std::set<std::string> taken;
       for (size_t index = 0; index < layers.size(); ++index) {
-        const std::vector<xml::Node>& layer = layers[index];
+        const Layer& layer = layers[index];
         if (layer.empty()) continue;
         const std::set<std::string> named = VoicesNamed(layer);
         // A layer that names a voice of its own keeps its voices: a layer
@@ -71,8 +81,8 @@ int32_t NumberVoices(const PartInScore& part, Context& context) {
         const std::string own = OwnVoice(named, taken);
         if (!own.empty()) {
           if (named.count("") > 0) {
-            for (xml::Node note : layer)
-              if (!note.Child("voice")) SetVoice(note, own);
+            for (const LayerEntry& entry : layer)
+              if (!entry.voice) SetVoice(entry, own);
             ++numbered;
           }
           taken.insert(named.begin(), named.end());
@@ -81,7 +91,7 @@ int32_t NumberVoices(const PartInScore& part, Context& context) {
         int32_t number = static_cast<int32_t>(index) + 1;
         while (taken.count(std::to_string(number)) > 0) ++number;
         const std::string voice = std::to_string(number);
-        for (xml::Node note : layer) SetVoice(note, voice);
+        for (const LayerEntry& entry : layer) SetVoice(entry, voice);
         taken.insert(voice);
         ++numbered;
       }
