@@ -91,7 +91,9 @@ class TieCloser {
       // Only the notes before this one have changed since the chords were
       // read, and answering or dropping stops leaves the note's starts as they are.
       const NoteTies ties = TiesOf(chord.parts[tone]);
-      const std::string pitch = PitchText(chord.parts[tone].pitch);
+      // Most notes neither end nor start a tie, and then their pitch does not matter.
+      const bool pitchMatters = ties.starts || !m_open.empty() || !m_afterGrace.empty();
+      const std::string pitch = pitchMatters ? PitchText(chord.parts[tone].pitch) : std::string();
       if (!Answer(m_afterGrace, pitch, note, ties.stops) &&
           (chord.grace || !Answer(m_open, pitch, note, ties.stops)))
         DropStopsWithoutStart(note, ties.stops, chord.measure);
