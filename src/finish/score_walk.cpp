@@ -122,7 +122,11 @@ ChordsOfVoices ChordsByVoice(const std::vector<xml::Node>& measures,
       key += '/';
       key += place.staff;
       open = &chords[std::move(key)];
-      open->push_back(Chord{{note}, {std::move(place.parts)}, index, place.grace});
+      Chord& chord = open->emplace_back();
+      chord.notes.push_back(note);
+      chord.parts.push_back(std::move(place.parts));
+      chord.measure = index;
+      chord.grace = place.grace;
     }
   }
   return chords;
