@@ -56,7 +56,8 @@ std::string PitchName(xml::Node note);
 // What the passes after the voices read of one note, gathered while the
 // chords are read: a large score does not fit in the cache, and each walk
 // over a note's children costs about as much as all the rest of a pass.
-// Passes that follow change none of these elements.
+// Later passes keep these true: ties remove only the marks of notes they have
+// already passed, and trill lines record the ornaments they add.
 struct NoteParts {
   xml::Node pitch;
   xml::Node accidental;
