@@ -2,8 +2,6 @@
 
 #include "export_command.h"
 
-#include <stdlib.h>
-
 #include <CLI/CLI.hpp>
 #include <cstdio>
 #include <filesystem>
@@ -15,6 +13,7 @@
 #include "interrupt.h"
 #include "musedata/converter_error.h"
 #include "musedata/score.h"
+#include "private_folder.h"
 #include "progress_bar.h"
 
 namespace fs = std::filesystem;
@@ -30,30 +29,6 @@ constexpr int kExitUsage = 64;
 [[noreturn]] void RaiseFileError(const std::string& what, const std::error_code& status) {
   throw ConverterError(75, "musedata", "Path/File access error: " + what + ": " + status.message());
 }
-
-// A private folder for parts on their way to their place, removed with
-// everything in it when the export ends, whether it succeeded or not.
-class StagingFolder {
- public:
-  explicit StagingFolder(const fs::path& parent) {
-    std::string pattern = (parent / ".musedata-export-XXXXXX").string();
-    if (!mkdtemp(pattern.data()))
-      RaiseFileError("cannot write in " + parent.string(),
-                     std::error_code(errno, std::generic_category()));
-    m_path = pattern;
-  }
-  ~StagingFolder() {
-    std::error_code ignored;
-    fs::remove_all(m_path, ignored);
-  }
-  StagingFolder(const StagingFolder&) = delete;
-  StagingFolder& operator=(const StagingFolder&) = delete;
-
-  const fs::path& Path() const noexcept { return m_path; }
-
- private:
-  fs::path m_path;
-};
 
 // Keeps the score until the process ends: freeing a large tree node by node
 // costs a good part of the export's time, and the system takes the memory
@@ -119,7 +94,7 @@ class PartExport {
           std::error_code ignored;
           fs::remove(*path, ignored);  // only while it is empty
         });
-    const StagingFolder staging(folder);
+    const PrivateFolder staging(folder);
     for (int part = 1; part <= parts; ++part)
       if (!Write(part, (staging.Path() / PartFileName(part)).string())) return false;
     for (int part = 1; part <= parts; ++part) {
@@ -136,7 +111,7 @@ class PartExport {
     std::error_code status;
     const fs::path temporary = fs::temp_directory_path(status);
     if (status) RaiseFileError("no temporary folder", status);
-    const StagingFolder staging(temporary);
+    const PrivateFolder staging(temporary);
     const fs::path path = staging.Path() / PartFileName(part);
     if (!Write(part, path.string())) return false;
     std::ifstream stream(path, std::ios::binary);

@@ -1,8 +1,5 @@
 #include "score_bytes.h"
 
-#include <unistd.h>
-
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -10,33 +7,10 @@
 
 #include "component/zip_archive.h"
 #include "musedata/converter_error.h"
+#include "private_folder.h"
 
 namespace musedata::tool {
 namespace fs = std::filesystem;
-namespace {
-
-// A folder of our own under the system's temporary folder, removed with
-// everything in it when it goes out of scope.
-class ScratchFolder {
- public:
-  ScratchFolder() {
-    std::string pattern = (fs::temp_directory_path() / "musedata-XXXXXX").string();
-    if (!mkdtemp(pattern.data())) throw ConverterError(75, "musedata", "Path/File access error");
-    m_path = pattern;
-  }
-  ~ScratchFolder() {
-    std::error_code ignored;
-    fs::remove_all(m_path, ignored);
-  }
-  ScratchFolder(const ScratchFolder&) = delete;
-  ScratchFolder& operator=(const ScratchFolder&) = delete;
-  const fs::path& Path() const noexcept { return m_path; }
-
- private:
-  fs::path m_path;
-};
-
-}  // namespace
 
 std::string MxlBytes(const Document& document) {
   return ToCompressedMusicXml(document, "score.xml");
@@ -57,7 +31,7 @@ std::string ExportPartText(const Document& document, int32_t partNumber,
                            const ExportOptions& options) {
   // The export writes a file; it goes to a private scratch folder and is read
   // back at once.
-  const ScratchFolder scratch;
+  const PrivateFolder scratch(fs::temp_directory_path());
   const std::string path = (scratch.Path() / "part.md").string();
   if (!ExportPart(document, partNumber, path, options)) {
     throw ConverterError(5, "musedata",
