@@ -1,3 +1,7 @@
+import os
+import pathlib
+import subprocess
+import sys
 import threading
 import warnings
 import xml.etree.ElementTree as ET
@@ -6,6 +10,7 @@ import zipfile
 import pytest
 
 import musedata
+from conftest import MINUET
 
 FILE_NOT_FOUND = 0x800417BE  # the converter's "File ... not found"
 
@@ -158,3 +163,32 @@ def test_musicxml_to_musedata(tmp_path, minuet_parts):
     musedata.import_files(minuet_parts, tmp_path / "score.mxl")
     musedata.export_part(tmp_path / "score.mxl", out, part=2)
     assert out.read_text(encoding="utf-8") == text
+
+
+def test_a_bare_python_in_the_checkout_imports_the_built_package(tmp_path):
+    # No PYTHONPATH: the interpreter finds the package through the stand-in at
+    # the top of the checkout, which hands over to the build folder.
+    checkout = pathlib.Path(__file__).resolve().parents[2]
+    built = pathlib.Path(musedata.__file__).resolve().parent
+    environment = {k: v for k, v in os.environ.items() if k != "PYTHONPATH"}
+    environment["MUSEDATA_BUILD"] = str(built.parent.parent)
+    script = (
+        "import musedata, sys\n"
+        "print(musedata.__file__)\n"
+        "print(musedata.to_musicxml([sys.argv[1]])[:36])\n"
+        "try:\n"
+        "    musedata.to_musicxml([sys.argv[2]])\n"
+        "except musedata.ConverterError as error:\n"
+        "    print(hex(error.number & 0xFFFFFFFF))\n"
+    )
+    run = subprocess.run(
+        [sys.executable, "-B", "-c", script, str(MINUET), str(tmp_path / "nope.md")],
+        cwd=checkout, env=environment, capture_output=True, text=True, check=True)
+    lines = run.stdout.splitlines()
+    assert lines == [str(built / "__init__.py"), '<?xml version="1.0" encoding="UTF-8"',
+                     hex(FILE_NOT_FOUND).lower()]
+
+    environment["MUSEDATA_BUILD"] = str(tmp_path / "unbuilt")
+    unbuilt = subprocess.run([sys.executable, "-B", "-c", "import musedata"], cwd=checkout,
+                             env=environment, capture_output=True, text=True)
+    assert unbuilt.returncode != 0 and "run `make` first" in unbuilt.stderr
