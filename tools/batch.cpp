@@ -18,6 +18,7 @@
 #include "interrupt.h"
 #include "musedata/converter_error.h"
 #include "progress_bar.h"
+#include "xml/arena.h"
 
 namespace fs = std::filesystem;
 
@@ -217,6 +218,9 @@ int RunBatch(const BatchOptions& options) {
   // Converts one movement; a movement that a signal broke off is neither
   // converted nor failed.
   const auto convert = [&](const Movement& movement) {
+    // Everything this movement builds is released together when it is done,
+    // for the worker's next movement to reuse.
+    const xml::ArenaScope documents;
     ImportOptions import = options.import;
     import.progress = [](const std::string&, int32_t, int32_t, bool& cancel) {
       cancel = IsInterrupted();

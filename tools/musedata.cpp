@@ -20,6 +20,7 @@
 #include "huge_pages.h"
 #include "interrupt.h"
 #include "progress_bar.h"
+#include "xml/arena.h"
 #ifdef MUSEDATA_WITH_SERVE
 #include "serve.h"
 #endif
@@ -177,6 +178,7 @@ int RunImport(const ImportCommand& command) {
 
 int main(int argc, char** argv) {
   musedata::tool::RunOnHugePages(argv);
+  musedata::xml::InstallArena();
   musedata::tool::InstallInterruptHandlers();
   CLI::App app{"musedata: converts MuseData part files into MusicXML scores and back", "musedata"};
   app.set_version_flag("--version", std::string("musedata ") + "0.1.0");
@@ -226,8 +228,17 @@ int main(int argc, char** argv) {
     const int status = app.exit(error);
     return status == 0 ? kExitDone : kExitUsage;
   }
-  if (importCommand->parsed()) return RunImport(import);
-  if (exportCommand->parsed()) return musedata::tool::RunExport(exportArguments);
+  // A single conversion keeps its documents in the arena for the whole run;
+  // the batch opens a scope for each movement on each of its workers.
+  if (importCommand->parsed()) {
+    if (!import.batchFolder.empty()) return RunImport(import);
+    const musedata::xml::ArenaScope documents;
+    return RunImport(import);
+  }
+  if (exportCommand->parsed()) {
+    const musedata::xml::ArenaScope documents;
+    return musedata::tool::RunExport(exportArguments);
+  }
 #ifdef MUSEDATA_WITH_SERVE
   if (serveCommand->parsed()) return musedata::tool::RunServe(serve);
 #endif

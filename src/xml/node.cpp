@@ -6,6 +6,7 @@
 #include <libxml/xmlsave.h>
 
 #include <charconv>
+#include <cstring>
 #include <memory>
 #include <mutex>
 
@@ -26,8 +27,15 @@ const xmlChar* X(const char* text) {
 std::string_view View(const xmlChar* text) {
   return text ? std::string_view(reinterpret_cast<const char*>(text)) : std::string_view();
 }
+// Called for every sibling passed over while looking for an element, so it
+// compares in place instead of measuring each name first: most names differ
+// in their first byte.
 bool NameIs(const xmlNode* node, std::string_view name) {
-  return node->type == XML_ELEMENT_NODE && View(node->name) == name;
+  if (node->type != XML_ELEMENT_NODE) return false;
+  const char* own = reinterpret_cast<const char*>(node->name);
+  if (name.empty()) return own[0] == '\0';
+  return own[0] == name[0] && std::strncmp(own, name.data(), name.size()) == 0 &&
+         own[name.size()] == '\0';
 }
 
 // libxml2 wants zero-terminated values; attribute values are short, so one

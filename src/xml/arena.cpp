@@ -1,0 +1,237 @@
+#include "xml/arena.h"
+
+#include <libxml/parser.h>
+#include <libxml/tree.h>
+#include <libxml/xmlmemory.h>
+#include <sys/mman.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <vector>
+
+namespace musedata::xml {
+namespace {
+
+// Address space only: pages are committed as they are first written. A score
+// needs about 90 bytes per byte of MuseData, so this holds a part of some
+// 700 MB; beyond it, allocations go back to malloc.
+constexpr size_t kReserved = size_t{64} << 30;
+// The reservation is dealt out to threads and block kinds in chunks of one
+// huge page.
+constexpr size_t kChunk = size_t{2} << 20;
+constexpr size_t kChunks = kReserved / kChunk;
+// Larger blocks (the parser's and writer's buffers, the dictionary's pools)
+// are few and grow by reallocation: malloc serves them better.
+constexpr size_t kLargest = 64 << 10;
+// A thread's first chunks of each kind stay on small pages, so that a small
+// score does not round its memory up to whole huge pages.
+constexpr size_t kSmallPageChunks = 4;
+
+// Elements, text and comments are all xmlNode, and attributes xmlAttr: those
+// two sizes are most of a document and get chunks of their own, where every
+// block has the chunk's size and needs no header. Every other block carries
+// its size in an 8-byte header, for realloc.
+enum Kind : uint8_t { kSized, kNode, kAttribute, kKinds };
+constexpr size_t kHeader = sizeof(uint64_t);
+
+char* g_base = nullptr;
+std::atomic<size_t> g_nextChunk{0};
+// The kind of each chunk handed out; written once, by the thread that takes
+// the chunk, before any block of it exists.
+Kind g_kindOf[kChunks];
+
+constexpr size_t RoundUp(size_t size) {
+  return (size + 7) & ~size_t{7};
+}
+
+Kind KindFor(size_t size) {
+  if (size == sizeof(xmlNode)) return kNode;
+  if (size == sizeof(xmlAttr)) return kAttribute;
+  return kSized;
+}
+
+// Bytes a block of `size` takes in a chunk of `kind`.
+size_t Footprint(Kind kind, size_t size) {
+  return kind == kSized ? kHeader + RoundUp(size) : size;
+}
+
+bool InArena(const void* pointer) {
+  const char* at = static_cast<const char*>(pointer);
+  return g_base && at >= g_base && at < g_base + kReserved;
+}
+
+Kind KindOf(const void* pointer) {
+  return g_kindOf[static_cast<size_t>(static_cast<const char*>(pointer) - g_base) / kChunk];
+}
+
+struct ThreadArena {
+  int scopes = 0;
+  char* next[kKinds] = {};  // the free space of the current chunk of each kind
+  char* end[kKinds] = {};
+  std::vector<size_t> chunks[kKinds];  // every chunk this thread has taken, by kind
+  size_t chunksInUse[kKinds] = {};
+
+  bool NextChunk(Kind kind) {
+    size_t chunk;
+    std::vector<size_t>& held = chunks[kind];
+    if (chunksInUse[kind] < held.size()) {
+      chunk = held[chunksInUse[kind]];
+    } else {
+      chunk = g_nextChunk.fetch_add(1, std::memory_order_relaxed);
+      if (chunk >= kChunks) return false;
+      g_kindOf[chunk] = kind;
+      held.push_back(chunk);
+      if (held.size() > kSmallPageChunks) madvise(g_base + chunk * kChunk, kChunk, MADV_HUGEPAGE);
+    }
+    ++chunksInUse[kind];
+    next[kind] = g_base + chunk * kChunk;
+    end[kind] = next[kind] + kChunk;
+    return true;
+  }
+
+  // A block from the arena, or nullptr when this thread has no scope open or
+  // the block is not the arena's to give.
+  char* Take(size_t size) {
+    if (scopes == 0 || size > kLargest || size == 0) return nullptr;
+    const Kind kind = KindFor(size);
+    const size_t footprint = Footprint(kind, size);
+    if (static_cast<size_t>(end[kind] - next[kind]) < footprint && !NextChunk(kind)) return nullptr;
+    char* block = next[kind];
+    next[kind] += footprint;
+    if (kind != kSized) return block;
+    const uint64_t recorded = size;
+    std::memcpy(block, &recorded, kHeader);
+    return block + kHeader;
+  }
+
+  // Whether `block` of `footprint` bytes is the last one cut from this
+  // thread's current chunk of its kind: such a block can shrink, grow or go
+  // back in place.
+  bool IsLast(Kind kind, const char* block, size_t footprint) const {
+    return block + footprint == next[kind];
+  }
+
+  void Release() {
+    std::fill(std::begin(chunksInUse), std::end(chunksInUse), 0);
+    std::fill(std::begin(next), std::end(next), nullptr);
+    std::fill(std::begin(end), std::end(end), nullptr);
+  }
+};
+
+thread_local ThreadArena t_arena;
+
+uint64_t SizeOf(const char* payload) {
+  uint64_t size;
+  std::memcpy(&size, payload - kHeader, kHeader);
+  return size;
+}
+
+void* Allocate(size_t size) {
+  if (char* block = t_arena.Take(size)) return block;
+  return std::malloc(size);
+}
+
+// Freeing is a no-op for arena blocks, except that the last block cut goes
+// back, which serves the parser's short-lived buffers.
+void Free(void* pointer) {
+  if (!InArena(pointer)) return std::free(pointer);
+  char* block = static_cast<char*>(pointer);
+  const Kind kind = KindOf(block);
+  if (kind == kSized) {
+    char* start = block - kHeader;
+    if (t_arena.IsLast(kind, start, Footprint(kind, SizeOf(block)))) t_arena.next[kind] = start;
+  } else if (t_arena.IsLast(kind, block, kind == kNode ? sizeof(xmlNode) : sizeof(xmlAttr))) {
+    t_arena.next[kind] = block;
+  }
+}
+
+void* Reallocate(void* pointer, size_t size) {
+  if (!pointer) return Allocate(size);
+  if (!InArena(pointer)) return std::realloc(pointer, size);
+  char* block = static_cast<char*>(pointer);
+  const Kind kind = KindOf(block);
+  size_t old = kind == kNode ? sizeof(xmlNode) : kind == kAttribute ? sizeof(xmlAttr) : 0;
+  if (kind == kSized) {
+    old = SizeOf(block);
+    char* start = block - kHeader;
+    // The last block grows or shrinks where it is when its chunk has room.
+    if (t_arena.scopes > 0 && size <= kLargest &&
+        t_arena.IsLast(kind, start, Footprint(kind, old)) &&
+        Footprint(kind, size) <= static_cast<size_t>(t_arena.end[kind] - start)) {
+      t_arena.next[kind] = start + Footprint(kind, size);
+      const uint64_t recorded = size;
+      std::memcpy(start, &recorded, kHeader);
+      return block;
+    }
+  }
+  void* moved = Allocate(size);
+  if (!moved) return nullptr;
+  std::memcpy(moved, block, std::min(old, size));
+  Free(block);
+  return moved;
+}
+
+char* Duplicate(const char* text) {
+  const size_t size = std::strlen(text) + 1;
+  char* copy = static_cast<char*>(Allocate(size));
+  if (copy) std::memcpy(copy, text, size);
+  return copy;
+}
+
+bool BuiltWithSanitizer() {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+  return true;
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer) || \
+    __has_feature(memory_sanitizer)
+  return true;
+#else
+  return false;
+#endif
+#else
+  return false;
+#endif
+}
+
+}  // namespace
+
+bool InstallArena() {
+  if (g_base) return true;
+  if (BuiltWithSanitizer() || std::getenv("MUSEDATA_SYSTEM_MALLOC")) return false;
+  // One chunk more than needed, so that the chunks can start on huge-page
+  // boundaries.
+  void* reserved = mmap(nullptr, kReserved + kChunk, PROT_READ | PROT_WRITE,
+                        MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+  if (reserved == MAP_FAILED) return false;
+  const uintptr_t start = reinterpret_cast<uintptr_t>(reserved);
+  g_base = reinterpret_cast<char*>((start + kChunk - 1) & ~(uintptr_t{kChunk} - 1));
+  if (xmlMemSetup(Free, Allocate, Reallocate, Duplicate) != 0) {
+    munmap(reserved, kReserved + kChunk);
+    g_base = nullptr;
+    return false;
+  }
+  // libxml2 makes its process-wide tables (encoding handlers, input and
+  // output callbacks) on first use; they must come from malloc, not from the
+  // scope of whichever thread happens to parse first.
+  xmlInitParser();
+  return true;
+}
+
+ArenaScope::ArenaScope() {
+  ++t_arena.scopes;
+}
+
+ArenaScope::~ArenaScope() {
+  if (--t_arena.scopes == 0) t_arena.Release();
+}
+
+size_t ArenaBytesHeld() {
+  size_t chunks = 0;
+  for (const std::vector<size_t>& held : t_arena.chunks) chunks += held.size();
+  return chunks * kChunk;
+}
+
+}  // namespace musedata::xml
