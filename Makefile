@@ -7,11 +7,12 @@ FUZZ_BUILD ?= build-fuzz
 BENCH_BUILD ?= build-bench
 BENCH_SIZES ?= 1 10 100
 BENCH_RUNS ?= 3
+BENCH_MOVEMENTS ?= 474
 FUZZ_SECONDS ?= 60
 FUZZ_TARGETS ?= import export
 PREFIX ?= /usr/local
 JOBS ?= $(shell nproc 2>/dev/null || echo 2)
-DEBIAN_PACKAGES := cmake g++ make libxml2-dev libxml2-utils libgtest-dev libbenchmark-dev libcli11-dev libzip-dev \
+DEBIAN_PACKAGES := cmake g++ make libxml2-dev libxml2-utils libgtest-dev libbenchmark-dev libcli11-dev libzip-dev time \
   pkg-config pybind11-dev python3-dev python3-pytest libcpp-httplib-dev nlohmann-json3-dev chromium
 FUZZ_PACKAGES := clang libclang-rt-dev
 CMAKE_FLAGS ?=
@@ -53,7 +54,8 @@ demo: build
 	@sh examples/demo.sh $(BUILD)
 
 # The import and the export timed against xmllint on generated parts of BENCH_SIZES megabytes
-# (written once into $(BENCH_BUILD)/data), then the in-process benchmarks.
+# (written once into $(BENCH_BUILD)/data), the batch over BENCH_MOVEMENTS generated set files,
+# then the in-process benchmarks.
 bench: deps
 	cmake -S . -B $(BENCH_BUILD) -DCMAKE_BUILD_TYPE=Release -DMUSEDATA_BUILD_BENCH=ON -DMUSEDATA_BUILD_TESTS=OFF
 	cmake --build $(BENCH_BUILD) -j $(JOBS)
@@ -62,6 +64,9 @@ bench: deps
 	  [ -f $(BENCH_BUILD)/data/part-$${size}mb.md ] || missing="$$missing $$size"; done; \
 	if [ -n "$$missing" ]; then $(BENCH_BUILD)/bench/musedata_bench_data $(BENCH_BUILD)/data $$missing; fi
 	$(BENCH_BUILD)/bench/musedata_bench_compare $(BENCH_BUILD)/musedata $(BENCH_BUILD)/data $(BENCH_RUNS) $(BENCH_SIZES)
+	@[ -d $(BENCH_BUILD)/data/corpus ] || { mkdir -p $(BENCH_BUILD)/data/corpus && \
+	  $(BENCH_BUILD)/bench/musedata_bench_data --corpus $(BENCH_BUILD)/data/corpus $(BENCH_MOVEMENTS); }
+	bench/batch.sh $(BENCH_BUILD)/musedata $(BENCH_BUILD)/data/corpus $(BENCH_RUNS)
 	$(BENCH_BUILD)/bench/musedata_bench --benchmark_counters_tabular=true
 
 # Each fuzz target runs FUZZ_SECONDS over a scratch copy of its seed corpus:

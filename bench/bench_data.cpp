@@ -5,6 +5,10 @@
 // parts are the same music, only longer.
 //
 //   musedata_bench_data FOLDER [MEGABYTES...]   (default 1 10 100)
+//   musedata_bench_data --corpus FOLDER MOVEMENTS
+//
+// The second form writes a corpus for the batch: MOVEMENTS set files of three
+// generated parts each, of 8 to 60 KB a part, as published movements are.
 
 #include <algorithm>
 #include <cstdio>
@@ -108,9 +112,48 @@ std::string PartPath(const std::string& folder, int megabytes) {
   return musedata::bench::GeneratedPartStem(folder, std::to_string(megabytes)) + ".md";
 }
 
+// Writes `movements` set files into `folder`: three parts each, every part
+// named in the group records as the set's part n of 3.
+int WriteCorpus(const std::string& folder, int movements) {
+  for (int movement = 1; movement <= movements; ++movement) {
+    std::string set;
+    for (int part = 1; part <= 3; ++part) {
+      const uint64_t seed = static_cast<uint64_t>(movement) * 3 + static_cast<uint64_t>(part);
+      const size_t bytes = 8000 + static_cast<size_t>((seed * 2654435761u) % 52000);
+      std::string text = musedata::bench::GeneratePart(bytes, seed).text;
+      const std::string position = "part " + std::to_string(part) + " of 3";
+      for (const char* group : {"score: part 1 of 1", "sound:  part 1 of 1"}) {
+        const size_t at = text.find(group);
+        if (at != std::string::npos)
+          text.replace(at, std::string(group).size(),
+                       std::string(group).substr(0, std::string(group).find("part")) + position);
+      }
+      set += text;
+    }
+    char name[32];
+    std::snprintf(name, sizeof name, "/movement-%03d.msd", movement);
+    std::ofstream file(folder + name, std::ios::binary);
+    file.write(set.data(), static_cast<std::streamsize>(set.size()));
+    if (!file.flush()) {
+      std::fprintf(stderr, "musedata_bench_data: cannot write %s%s\n", folder.c_str(), name);
+      return 2;
+    }
+  }
+  std::printf("%s: %d movements of three parts\n", folder.c_str(), movements);
+  return 0;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
+  if (argc == 4 && std::string(argv[1]) == "--corpus") {
+    const int movements = std::atoi(argv[3]);
+    if (movements <= 0) {
+      std::fprintf(stderr, "musedata_bench_data: --corpus FOLDER MOVEMENTS\n");
+      return 64;
+    }
+    return WriteCorpus(argv[2], movements);
+  }
   if (argc < 2) {
     std::fprintf(stderr, "usage: musedata_bench_data FOLDER [MEGABYTES...]\n");
     return 64;

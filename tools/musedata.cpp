@@ -84,6 +84,7 @@ struct ImportCommand {
   // Writes the score exactly as the converter built it, without the finishing step.
   bool literal = false;
   bool verbose = false;
+  unsigned jobs = 0;  // batch workers; 0: one per core
 };
 
 // What the finishing step changed, one kind a line.
@@ -113,7 +114,12 @@ int RunImport(const ImportCommand& command) {
     batch.outputFolder = command.output;
     batch.import = options;
     batch.progress = command.progress;
+    batch.jobs = command.jobs;
     return musedata::tool::RunBatch(batch);
+  }
+  if (command.jobs != 0) {
+    std::fprintf(stderr, "musedata: --jobs sets the workers of --batch; one score is one job\n");
+    return kExitUsage;
   }
   if (command.inputs.empty()) {
     std::fprintf(stderr, "musedata: import needs at least one INPUT (or --batch FOLDER)\n");
@@ -193,6 +199,10 @@ int main(int argc, char** argv) {
   importCommand->add_option(
       "--batch", import.batchFolder,
       "Convert every MuseData movement below this folder into -o OUTPUT_FOLDER");
+  importCommand
+      ->add_option("-j,--jobs", import.jobs,
+                   "Movements converted at once by --batch (default: one per core)")
+      ->check(CLI::Range(1u, 256u));
   importCommand->add_option("--system-id", import.systemId,
                             "System identifier handed to the converter");
   importCommand
