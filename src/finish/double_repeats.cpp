@@ -32,21 +32,17 @@ void SetBarStyle(xml::Node barline, std::string_view style) {
 
 }  // namespace
 
-int32_t MendDoubleRepeats(const PartInScore& part, Context& context) {
+int32_t MendDoubleRepeat(const PartInScore& part, size_t index, Context& context) {
   return Trap(kMendDoubleRepeats, context.Caught(), [&] {
-    int32_t mended = 0;
-    for (size_t index = 0; index < part.measures.size(); ++index) {
-      const xml::Node closing = BarlineAt(part.measures[index], "right");
-      if (!closing || closing.Child("bar-style").Text() != "heavy-heavy" ||
-          !HasRepeat(closing, "backward"))
-        continue;
-      SetBarStyle(closing, "light-heavy");
-      ++mended;
-      if (index + 1 == part.measures.size()) continue;
-      const xml::Node opening = BarlineAt(part.measures[index + 1], "left");
-      if (opening && HasRepeat(opening, "forward")) SetBarStyle(opening, "heavy-light");
-    }
-    return mended;
+    const xml::Node closing = BarlineAt(part.measures[index], "right");
+    if (!closing || closing.Child("bar-style").Text() != "heavy-heavy" ||
+        !HasRepeat(closing, "backward"))
+      return 0;
+    SetBarStyle(closing, "light-heavy");
+    if (index + 1 == part.measures.size()) return 1;
+    const xml::Node opening = BarlineAt(part.measures[index + 1], "left");
+    if (opening && HasRepeat(opening, "forward")) SetBarStyle(opening, "heavy-light");
+    return 1;
   });
 }
 

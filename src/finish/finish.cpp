@@ -56,20 +56,32 @@ FinishCounts FinishScore(const Document& document,
     if (root.Name() != "score-partwise") return counts;
     for (finish::PartInScore& part : PartsOf(root)) {
       counts.measuresRemoved += finish::RemoveEmptyEndMeasures(part, context);
-      counts.repeatsMended += finish::MendDoubleRepeats(part, context);
-      counts.voicesNumbered += finish::NumberVoices(part, context);
+      // The passes that walk the measures go measure by measure: a large
+      // score does not fit in the cache, and a measure read from memory by
+      // the first pass is still there for the others. Each pass sees every
+      // measure as the passes before it left it.
+      //
       // Ties, trill lines and courtesy accidentals read the chords of each
       // voice, and the values the tuplet ratios. No pass after the voices
       // changes which notes form a chord, their pitches, accidentals or
-      // ratios, so the notes are read once, after the voices are numbered.
+      // ratios, so the notes are read once, as soon as their measure's
+      // voices are numbered.
       std::vector<finish::TupletNote> tuplets;
-      finish::ChordsOfVoices chords = finish::ChordsByVoice(part.measures, tuplets);
+      finish::ChordsOfVoices chords;
+      for (size_t index = 0; index < part.measures.size(); ++index) {
+        counts.repeatsMended += finish::MendDoubleRepeat(part, index, context);
+        counts.voicesNumbered += finish::NumberVoices(part.measures[index], context);
+        finish::ReadChords(part.measures, index, chords, tuplets);
+      }
       const finish::TieChanges ties = finish::CloseTies(part, chords, context);
       counts.tiesClosed += ties.closed;
       counts.tiesRemoved += ties.removed;
       counts.trillLinesClosed += finish::CloseTrillLines(part, chords, context);
-      counts.tempoWords += finish::AddTempoWords(part, context);
-      counts.valuesMended += finish::MendValues(part, tuplets, context);
+      finish::ValueWalk values;
+      for (size_t index = 0; index < part.measures.size(); ++index) {
+        counts.tempoWords += finish::AddTempoWords(part.measures[index], context);
+        counts.valuesMended += finish::MendValues(part, index, tuplets, values, context);
+      }
       counts.accidentalsMended += finish::MendCourtesyAccidentals(chords, context);
       counts.instrumentsNamed += finish::NameInstrument(part, context);
     }

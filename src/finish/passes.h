@@ -3,7 +3,9 @@
 // The passes of the finishing step, one per fault they mend, each in its own
 // unit. Every pass works on one part and returns how many changes it made.
 
+#include <cstddef>
 #include <cstdint>
+#include <vector>
 
 #include "finish/score_walk.h"
 
@@ -19,14 +21,15 @@ int32_t RemoveEmptyEndMeasures(PartInScore& part, Context& context);
 // MuseData's ":||:" closes one measure with a backward repeat on a
 // heavy-heavy bar line; notation programs read a repeat only on the MusicXML
 // idiom: light-heavy with the backward repeat, heavy-light with the forward
-// repeat that opens the next measure.
-int32_t MendDoubleRepeats(const PartInScore& part, Context& context);
+// repeat that opens the next measure. Mends the bar line that closes
+// measure `index` of the part, and the one that opens the next.
+int32_t MendDoubleRepeat(const PartInScore& part, size_t index, Context& context);
 
 // Notes after a backup are a further layer of the measure; without a voice
 // of their own (a part without track numbers, or the first layer's track)
 // renderers lay the layers end to end. Each layer gets a voice distinct from
-// the layers before it.
-int32_t NumberVoices(const PartInScore& part, Context& context);
+// the layers before it. Numbers the layers of one measure.
+int32_t NumberVoices(xml::Node measure, Context& context);
 
 // MuseData's ties are paired per track on one open tie, so in a chord all but
 // the last tied tone stay open. Every tie start finds the note of the same
@@ -46,16 +49,21 @@ int32_t CloseTrillLines(const PartInScore& part, ChordsOfVoices& chords, Context
 
 // Tempo and other directives exist only as attributes/directive, which
 // notation programs do not show; each is also written as words above the
-// staff at the same place.
-int32_t AddTempoWords(const PartInScore& part, Context& context);
+// staff at the same place, in one measure.
+int32_t AddTempoWords(xml::Node measure, Context& context);
 
 // Values that odd input lets through and MusicXML refuses: keys written with
 // their alternative, wedges without a direction, pass numbers in backups,
 // time signatures without a beat type, figures with empty or MuseData signs,
-// clefs without a sign, tuplet ratios of 0. `tuplets` are the part's notes
-// with a tuplet ratio, in document order.
-int32_t MendValues(const PartInScore& part, const std::vector<TupletNote>& tuplets,
-                   Context& context);
+// clefs without a sign, tuplet ratios of 0. Mends measure `index`; `walk`
+// carries the divisions in force and the next of `tuplets` (the part's notes
+// with a tuplet ratio, in document order) from one measure to the next.
+struct ValueWalk {
+  int32_t divisions = 0;
+  size_t nextTuplet = 0;
+};
+int32_t MendValues(const PartInScore& part, size_t index, const std::vector<TupletNote>& tuplets,
+                   ValueWalk& walk, Context& context);
 
 // A courtesy or editorial sign on a sharp or flat note comes out of the
 // notation codes as a natural; the sign must show the note's alteration.

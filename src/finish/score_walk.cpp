@@ -104,32 +104,28 @@ ChordPlace PlaceOf(xml::Node note) {
 
 }  // namespace
 
-ChordsOfVoices ChordsByVoice(const std::vector<xml::Node>& measures,
-                             std::vector<TupletNote>& tuplets) {
-  ChordsOfVoices chords;
-  for (size_t index = 0; index < measures.size(); ++index) {
-    std::vector<Chord>* open = nullptr;
-    for (xml::Node note : measures[index].Children("note")) {
-      ChordPlace place = PlaceOf(note);
-      if (place.tupletRatio) tuplets.push_back({note, place.tupletRatio});
-      // A chord tone joins the chord before it, whatever voice it names.
-      if (place.chordTone && open && !open->empty()) {
-        open->back().notes.push_back(note);
-        open->back().parts.push_back(std::move(place.parts));
-        continue;
-      }
-      std::string key = std::move(place.voice);
-      key += '/';
-      key += place.staff;
-      open = &chords[std::move(key)];
-      Chord& chord = open->emplace_back();
-      chord.notes.push_back(note);
-      chord.parts.push_back(std::move(place.parts));
-      chord.measure = index;
-      chord.grace = place.grace;
+void ReadChords(const std::vector<xml::Node>& measures, size_t index, ChordsOfVoices& chords,
+                std::vector<TupletNote>& tuplets) {
+  std::vector<Chord>* open = nullptr;
+  for (xml::Node note : measures[index].Children("note")) {
+    ChordPlace place = PlaceOf(note);
+    if (place.tupletRatio) tuplets.push_back({note, place.tupletRatio});
+    // A chord tone joins the chord before it, whatever voice it names.
+    if (place.chordTone && open && !open->empty()) {
+      open->back().notes.push_back(note);
+      open->back().parts.push_back(std::move(place.parts));
+      continue;
     }
+    std::string key = std::move(place.voice);
+    key += '/';
+    key += place.staff;
+    open = &chords[std::move(key)];
+    Chord& chord = open->emplace_back();
+    chord.notes.push_back(note);
+    chord.parts.push_back(std::move(place.parts));
+    chord.measure = index;
+    chord.grace = place.grace;
   }
-  return chords;
 }
 
 xml::Node InsertBeforeFirstOf(xml::Node parent, const char* name,

@@ -83,9 +83,10 @@ struct TupletNote {
   xml::Node note;
   xml::Node ratio;
 };
-// `tuplets` receives the notes with a tuplet ratio, in document order.
-ChordsOfVoices ChordsByVoice(const std::vector<xml::Node>& measures,
-                             std::vector<TupletNote>& tuplets);
+// Adds the chords of measure `index` of `measures` to `chords`; `tuplets`
+// receives its notes with a tuplet ratio, in document order.
+void ReadChords(const std::vector<xml::Node>& measures, size_t index, ChordsOfVoices& chords,
+                std::vector<TupletNote>& tuplets);
 
 // Makes a new element `name` in `parent`, before the first child whose name is
 // in `later` (the elements MusicXML orders after it), or at the end.

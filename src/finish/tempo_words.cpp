@@ -19,33 +19,30 @@ bool ShowsWords(xml::Node direction, const std::string& text) {
 
 }  // namespace
 
-int32_t AddTempoWords(const PartInScore& part, Context& context) {
+int32_t AddTempoWords(xml::Node measure, Context& context) {
   return Trap(kAddTempoWords, context.Caught(), [&] {
     int32_t added = 0;
-    for (xml::Node measure : part.measures) {
-      std::vector<xml::Node> attributes;
-      for (xml::Node element : measure.Children("attributes")) attributes.push_back(element);
-      for (xml::Node element : attributes) {
-        // Each new direction follows the one before, so they keep the
-        // directives' order, all at the time position of the attributes.
-        xml::Node after = element;
-        for (xml::Node directive : element.Children("directive")) {
-          const std::string text = directive.Text();
-          if (text.find_first_not_of(' ') == std::string::npos) continue;
-          const xml::Node next = after.NextElement();
-          if (ShowsWords(next, text)) {
-            after = next;
-            continue;
-          }
-          const xml::Node direction = measure.InsertElementBefore("direction", next);
-          direction.SetAttr("placement", "above");
-          direction.AppendElement("direction-type").AppendElement("words", text);
-          // A numbered directive belongs to that staff of the part.
-          if (directive.HasAttr("number"))
-            direction.AppendElement("staff", directive.Attr("number"));
-          after = direction;
-          ++added;
+    std::vector<xml::Node> attributes;
+    for (xml::Node element : measure.Children("attributes")) attributes.push_back(element);
+    for (xml::Node element : attributes) {
+      // Each new direction follows the one before, so they keep the
+      // directives' order, all at the time position of the attributes.
+      xml::Node after = element;
+      for (xml::Node directive : element.Children("directive")) {
+        const std::string text = directive.Text();
+        if (text.find_first_not_of(' ') == std::string::npos) continue;
+        const xml::Node next = after.NextElement();
+        if (ShowsWords(next, text)) {
+          after = next;
+          continue;
         }
+        const xml::Node direction = measure.InsertElementBefore("direction", next);
+        direction.SetAttr("placement", "above");
+        direction.AppendElement("direction-type").AppendElement("words", text);
+        // A numbered directive belongs to that staff of the part.
+        if (directive.HasAttr("number")) direction.AppendElement("staff", directive.Attr("number"));
+        after = direction;
+        ++added;
       }
     }
     return added;

@@ -49,27 +49,26 @@ constexpr std::string_view kFigureWords[] = {"sharp",        "flat",       "natu
 // One pass over a part, with the divisions in force as it walks.
 class ValueMender {
  public:
-  ValueMender(const PartInScore& part, const std::vector<TupletNote>& tuplets, Context& context)
-      : m_part(part), m_tuplets(tuplets), m_context(context) {}
+  ValueMender(const PartInScore& part, const std::vector<TupletNote>& tuplets, ValueWalk& walk,
+              Context& context)
+      : m_part(part), m_tuplets(tuplets), m_walk(walk), m_context(context) {}
 
-  int32_t Run() {
-    for (size_t index = 0; index < m_part.measures.size(); ++index) {
-      m_index = index;
-      const xml::Node measure = m_part.measures[index];
-      for (xml::Node element : Elements(measure)) {
-        const std::string_view name = element.Name();
-        if (name == "attributes") {
-          MendAttributes(element);
-        } else if (name == "direction") {
-          MendWedges(element);
-        } else if (name == "backup" || name == "forward") {
-          MendPassNumber(element);
-        } else if (name == "figured-bass") {
-          MendFigures(element);
-        } else if (name == "note" && m_nextTuplet < m_tuplets.size() &&
-                   m_tuplets[m_nextTuplet].note == element) {
-          MendTuplet(m_tuplets[m_nextTuplet++]);
-        }
+  int32_t Run(size_t index) {
+    m_index = index;
+    const xml::Node measure = m_part.measures[index];
+    for (xml::Node element : Elements(measure)) {
+      const std::string_view name = element.Name();
+      if (name == "attributes") {
+        MendAttributes(element);
+      } else if (name == "direction") {
+        MendWedges(element);
+      } else if (name == "backup" || name == "forward") {
+        MendPassNumber(element);
+      } else if (name == "figured-bass") {
+        MendFigures(element);
+      } else if (name == "note" && m_walk.nextTuplet < m_tuplets.size() &&
+                 m_tuplets[m_walk.nextTuplet].note == element) {
+        MendTuplet(m_tuplets[m_walk.nextTuplet++]);
       }
     }
     return m_mended;
@@ -89,7 +88,7 @@ class ValueMender {
 
   void MendAttributes(xml::Node attributes) {
     const int32_t divisions = WholeNumber(attributes.Child("divisions").Text(), 0);
-    if (divisions > 0) m_divisions = divisions;
+    if (divisions > 0) m_walk.divisions = divisions;
     for (xml::Node key : attributes.Children("key")) {
       const xml::Node fifths = key.Child("fifths");
       const std::string text = fifths.Text();
@@ -136,14 +135,14 @@ class ValueMender {
   std::pair<int32_t, int32_t> MeasureLength() const {
     for (size_t index = m_index; index < m_part.measures.size(); ++index) {
       const int64_t length = Duration(m_part.measures[index]);
-      if (length <= 0 || m_divisions <= 0) continue;
+      if (length <= 0 || m_walk.divisions <= 0) continue;
       // length / divisions quarters = length * unit / (4 * divisions) beats of 1/unit.
       for (int32_t unit = 4; unit <= 256; unit *= 2) {
         const int64_t scaled = length * unit;
-        if (scaled % (4 * m_divisions) == 0)
-          return {static_cast<int32_t>(scaled / (4 * m_divisions)), unit};
+        if (scaled % (4 * m_walk.divisions) == 0)
+          return {static_cast<int32_t>(scaled / (4 * m_walk.divisions)), unit};
       }
-      return {static_cast<int32_t>(std::max<int64_t>(length / m_divisions, 1)), 4};
+      return {static_cast<int32_t>(std::max<int64_t>(length / m_walk.divisions, 1)), 4};
     }
     return {0, 0};
   }
@@ -228,19 +227,18 @@ class ValueMender {
 
   const PartInScore& m_part;
   const std::vector<TupletNote>& m_tuplets;
+  ValueWalk& m_walk;
   Context& m_context;
-  size_t m_nextTuplet = 0;  // the first of `m_tuplets` not yet reached
   size_t m_index = 0;
-  int32_t m_divisions = 0;
   int32_t m_mended = 0;
 };
 
 }  // namespace
 
-int32_t MendValues(const PartInScore& part, const std::vector<TupletNote>& tuplets,
-                   Context& context) {
+int32_t MendValues(const PartInScore& part, size_t index, const std::vector<TupletNote>& tuplets,
+                   ValueWalk& walk, Context& context) {
   return Trap(kMendValues, context.Caught(),
-              [&] { return ValueMender(part, tuplets, context).Run(); });
+              [&] { return ValueMender(part, tuplets, walk, context).Run(index); });
 }
 
 }  // namespace musedata::finish

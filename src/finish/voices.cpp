@@ -62,39 +62,37 @@ void SetVoice(const LayerEntry& entry, const std::string& voice) {
 
 }  // namespace
 
-int32_t NumberVoices(const PartInScore& part, Context& context) {
+int32_t NumberVoices(xml::Node measure, Context& context) {
   return Trap(kNumberVoices, context.Caught(), [&] {
     int32_t numbered = 0;
-    for (xml::Node measure : part.measures) {
-      const std::vector<Layer> layers = Layers(measure);
-      if (layers.size() < 2) continue;
-      // Layer n is voice n wherever that voice is free, so a part's layers
-      // keep the same voices from measure to measure.
-      std::set<std::string> taken;
-      for (size_t index = 0; index < layers.size(); ++index) {
-        const Layer& layer = layers[index];
-        if (layer.empty()) continue;
-        const std::set<std::string> named = VoicesNamed(layer);
-        // A layer that names a voice of its own keeps its voices: a layer
-        // may hand over to the first voice after a forward. Its notes
-        // without a voice join its own.
-        const std::string own = OwnVoice(named, taken);
-        if (!own.empty()) {
-          if (named.count("") > 0) {
-            for (const LayerEntry& entry : layer)
-              if (!entry.voice) SetVoice(entry, own);
-            ++numbered;
-          }
-          taken.insert(named.begin(), named.end());
-          continue;
+    const std::vector<Layer> layers = Layers(measure);
+    if (layers.size() < 2) return numbered;
+    // Layer n is voice n wherever that voice is free, so a part's layers
+    // keep the same voices from measure to measure.
+    std::set<std::string> taken;
+    for (size_t index = 0; index < layers.size(); ++index) {
+      const Layer& layer = layers[index];
+      if (layer.empty()) continue;
+      const std::set<std::string> named = VoicesNamed(layer);
+      // A layer that names a voice of its own keeps its voices: a layer
+      // may hand over to the first voice after a forward. Its notes
+      // without a voice join its own.
+      const std::string own = OwnVoice(named, taken);
+      if (!own.empty()) {
+        if (named.count("") > 0) {
+          for (const LayerEntry& entry : layer)
+            if (!entry.voice) SetVoice(entry, own);
+          ++numbered;
         }
-        int32_t number = static_cast<int32_t>(index) + 1;
-        while (taken.count(std::to_string(number)) > 0) ++number;
-        const std::string voice = std::to_string(number);
-        for (const LayerEntry& entry : layer) SetVoice(entry, voice);
-        taken.insert(voice);
-        ++numbered;
+        taken.insert(named.begin(), named.end());
+        continue;
       }
+      int32_t number = static_cast<int32_t>(index) + 1;
+      while (taken.count(std::to_string(number)) > 0) ++number;
+      const std::string voice = std::to_string(number);
+      for (const LayerEntry& entry : layer) SetVoice(entry, voice);
+      taken.insert(voice);
+      ++numbered;
     }
     return numbered;
   });
