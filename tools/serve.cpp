@@ -2,7 +2,6 @@
 
 #include <httplib.h>
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <chrono>
 #include <condition_variable>
@@ -17,7 +16,7 @@
 #include <optional>
 #include <thread>
 
-#include "batch.h"
+#include "component/natural_order.h"
 #include "musedata/converter_error.h"
 #include "musedata/score.h"
 #include "score_bytes.h"
@@ -222,19 +221,7 @@ extern "C" void StopOnSignal(int) {
 
 }  // namespace
 
-CLI::App* AddServeCommand(CLI::App& app, ServeOptions& options) {
-  CLI::App* command = app.add_subcommand(
-      "serve", "Start the preview page on 127.0.0.1: drop MuseData or MusicXML files on it");
-  command->add_option("--port", options.port, "Port to listen on (0 takes any free port)")
-      ->check(CLI::Range(0, 65535))
-      ->capture_default_str();
-  command->add_option("--assets", options.assets, "Folder of the page's files");
-  command->add_option("--stop-after", options.stopAfter, "Stop after this many seconds")
-      ->check(CLI::NonNegativeNumber);
-  return command;
-}
-
-int RunServe(const ServeOptions& options) {
+int Serve(const ServeOptions& options) {
   const std::optional<fs::path> folder = FindAssets(options.assets);
   if (!folder) {
     std::fprintf(stderr, "musedata: the preview page's files were not found%s%s\n",
@@ -324,3 +311,7 @@ int RunServe(const ServeOptions& options) {
 }
 
 }  // namespace musedata::tool
+
+extern "C" int musedata_serve(const musedata::tool::ServeOptions* options) {
+  return musedata::tool::Serve(*options);
+}

@@ -26,8 +26,14 @@ struct ServeOptions {
 // Declares the serve subcommand and its options on `app`.
 CLI::App* AddServeCommand(CLI::App& app, ServeOptions& options);
 
-// Serves until interrupted (or for `stopAfter` seconds); returns the exit
-// status.
+// Loads the server, a module of its own (musedata-serve.so beside the tool in
+// its build folder, or in lib/musedata of its prefix), and serves until
+// interrupted (or for `stopAfter` seconds); returns the exit status. The
+// server's HTTP and TLS libraries are loaded only for this command, so that
+// the conversions do not carry them.
 int RunServe(const ServeOptions& options);
 
 }  // namespace musedata::tool
+
+// The server module's entry point: serves as RunServe says.
+extern "C" int musedata_serve(const musedata::tool::ServeOptions* options);
