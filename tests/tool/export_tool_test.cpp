@@ -35,27 +35,14 @@ std::string MinuetFolder() {
   return (fs::path(__FILE__).parent_path() / "../../examples/minuet").lexically_normal().string();
 }
 
-// A score of `parts` parts at 10080 divisions per quarter, as notation
-// programs write them: a 3/4 bar of a quarter, two eighths and a quarter. A
-// second part has a voice that is not a number, which the export refuses.
-std::string FineDivisionsScore(int parts) {
-  std::string notes;
-  for (const int duration : {10080, 5040, 5040, 10080})
-    notes += "<note><pitch><step>G</step><octave>4</octave></pitch><duration>" +
-             std::to_string(duration) + "</duration><voice>1</voice><type>" +
-             (duration == 5040 ? "eighth" : "quarter") + "</type></note>";
-  std::string text =
-      "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-      "<!DOCTYPE score-partwise PUBLIC \"-//Recordare//DTD MusicXML 4.0 Partwise//EN\" "
-      "\"http://www.musicxml.org/dtds/partwise.dtd\">\n"
-      "<score-partwise version=\"4.0\"><part-list><score-part id=\"P1\"><part-name>Flute"
-      "</part-name></score-part><score-part id=\"P2\"/></part-list><part id=\"P1\">"
-      "<measure number=\"1\"><attributes><divisions>10080</divisions><key><fifths>0</fifths>"
-      "</key><time><beats>3</beats><beat-type>4</beat-type></time><clef><sign>G</sign><line>2"
-      "</line></clef></attributes>" +
-      notes + "</measure></part>";
-  if (parts == 2) text += "<part id=\"P2\"><measure><note><voice>x</voice></note></measure></part>";
-  return text + "</score-partwise>\n";
+const std::string kSonatina = MUSEDATA_TEST_DATA "/export/sonatina.musicxml";
+
+// The two-part sonatina with the piano's left hand in a voice that is not a
+// number, which the export refuses.
+std::string BrokenSonatina() {
+  std::string score = ReadFile(kSonatina);
+  for (size_t at; (at = score.find("<voice>5<")) != std::string::npos;) score[at + 7] = 'x';
+  return score;
 }
 
 TEST(ExportTool, WritesAPartToAFileStandardOutputOrEveryPartToAFolder) {
@@ -93,24 +80,31 @@ TEST(ExportTool, WritesAPartToAFileStandardOutputOrEveryPartToAFolder) {
       << "no temporary file is left behind";
 }
 
-// Without the reduction, 10080 divisions overflow the three duration columns
-// and the writers clamp them with a warning; with it the part keeps its rhythm.
+// The sonatina at 4000 divisions per quarter, as fine as notation programs
+// write them: without the reduction its durations overflow the three
+// duration columns and the writers clamp them with a warning.
 TEST(ExportTool, ReducesDivisionsToFitTheDurationColumns) {
   const TempDir folder;
   const TemporaryFolderScope temporary(folder.Path());
-  folder.Write("flute.musicxml", FineDivisionsScore(1));
-  const ToolRun reduced = RunTool(folder.Path(), "export flute.musicxml");
+  std::string fine = ReadFile(kSonatina);
+  for (const std::string end : {"</divisions>", "</duration>"})
+    for (size_t at = fine.find(end); at != std::string::npos; at = fine.find(end, at + 4))
+      fine.insert(at, "000");
+  folder.Write("fine.xml", fine);
+  const ToolRun reduced = RunTool(folder.Path(), "export fine.xml");
   EXPECT_EQ(reduced.status, 0) << reduced.err;
   EXPECT_EQ(reduced.err, "");
-  EXPECT_EQ(reduced.out.substr(reduced.out.find("\n$")),
-            "\n$   Q:2 K:0 T:3/4 C:4\nG4   2        1 q\nG4   1        1 e\nG4   1        1 e\n"
-            "G4   2        1 q\n/END\n");
+  EXPECT_NE(reduced.out.find("\n$   Q:1 K:1 T:3/4 C:4 X:-6\nD5   1        1 q\nmheavy3 1 "),
+            std::string::npos)
+      << reduced.out;
 
-  const ToolRun kept = RunTool(folder.Path(), "export --keep-divisions flute.musicxml");
+  const ToolRun kept = RunTool(folder.Path(), "export --keep-divisions fine.xml");
   EXPECT_EQ(kept.status, 0) << kept.err;
-  EXPECT_EQ(kept.err.rfind("musedata: warning: ", 0), 0u) << kept.err;
-  EXPECT_NE(kept.out.find("\n$   Q:10080 K:0 T:3/4 C:4\nG4   999      1 q\n"), std::string::npos)
+  EXPECT_EQ(kept.err.rfind("musedata: warning: Duration of 4000 is too large", 0), 0u) << kept.err;
+  EXPECT_NE(kept.out.find("\n$   Q:4000 K:1 T:3/4 C:4 X:-6\nD5   999      1 q\n"),
+            std::string::npos)
       << kept.out;
+  EXPECT_EQ(Names(folder.Path()), std::vector<std::string>{"fine.xml"});
 }
 
 // Any failure: one error line, exit 2, and no file or folder made or
@@ -119,8 +113,7 @@ TEST(ExportTool, FailuresReportOneLineAndWriteNothing) {
   const TempDir folder;
   const TemporaryFolderScope temporary(folder.Path());
   folder.Write("broken.xml", "<score-partwise>\n  <part id=\"P1\">\n</score-partwise>\n");
-  folder.Write("one.xml", FineDivisionsScore(1));
-  folder.Write("two.xml", FineDivisionsScore(2));
+  folder.Write("two.xml", BrokenSonatina());
   fs::create_directory(folder.Path() + "/parts");
   folder.Write("parts/01.md", "a good part");
   const std::pair<const char*, std::string> rows[] = {
@@ -128,7 +121,7 @@ TEST(ExportTool, FailuresReportOneLineAndWriteNothing) {
        "error 0x00000005 (musedata): broken.xml, line 4, column 1: not well-formed XML: "
        "Premature end of data in tag score-partwise line 1"},
       {"-o kept.md none.xml", "error 0x00000035 (musedata): File none.xml not found"},
-      {"-p 2 -o kept.md one.xml", "error 0x800417B2 (Verdantix): No part number 2 found"},
+      {"-p 3 -o kept.md two.xml", "error 0x800417B2 (Verdantix): No part number 3 found"},
       {"-p 2 two.xml", "error 0x800417A4 (Verdantix): MuseData InitTracks error 13"},
       {"--all -o parts two.xml", "error 0x800417A4 (Verdantix): MuseData InitTracks error 13"},
       {"--all -o fresh two.xml", "error 0x800417A4 (Verdantix): MuseData InitTracks error 13"},
@@ -150,7 +143,7 @@ TEST(ExportTool, FailuresReportOneLineAndWriteNothing) {
 
 TEST(ExportTool, WrongUsageExits64) {
   const TempDir folder;
-  folder.Write("a.xml", FineDivisionsScore(1));
+  folder.Write("a.xml", ReadFile(kSonatina));
   for (const char* arguments :
        {"export", "export a.xml b.xml", "export -p 0 a.xml", "export -p two a.xml",
         "export -p 1 --all -o parts a.xml", "export --all a.xml", "export --all -o - a.xml",
