@@ -141,21 +141,5 @@ TEST(ExportTool, FailuresReportOneLineAndWriteNothing) {
   }
 }
 
-TEST(ExportTool, WrongUsageExits64) {
-  const TempDir folder;
-  folder.Write("a.xml", ReadFile(kSonatina));
-  for (const char* arguments :
-       {"export", "export a.xml b.xml", "export -p 0 a.xml", "export -p two a.xml",
-        "export -p 1 --all -o parts a.xml", "export --all a.xml", "export --all -o - a.xml",
-        "export --bogus a.xml"}) {
-    SCOPED_TRACE(arguments);
-    const ToolRun run = RunTool(folder.Path(), arguments);
-    EXPECT_EQ(run.status, 64);
-    EXPECT_NE(run.err, "");
-    EXPECT_EQ(run.out, "");
-  }
-  EXPECT_EQ(Names(folder.Path()), std::vector<std::string>{"a.xml"});
-}
-
 }  // namespace
 }  // namespace musedata::test

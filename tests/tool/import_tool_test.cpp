@@ -79,21 +79,27 @@ TEST(ImportTool, FailuresReportOneLineAndNeverReplaceTheOutput) {
   }
 }
 
-TEST(ImportTool, WrongUsageExits64) {
+// Either command, used wrongly, says so and writes nothing.
+TEST(Tool, WrongUsageExits64AndWritesNothing) {
   const TempDir folder;
   folder.Write("a.md", Part({"@ a"}));
+  folder.Write("a.xml", ReadFile(MUSEDATA_TEST_DATA "/export/sonatina.musicxml"));
   fs::create_directories(folder.Path() + "/empty/.git");
   folder.Write("empty/.hidden.md", Part({"@ hidden"}));
+  const std::vector<std::string> before = Names(folder.Path());
   for (const char* arguments :
        {"", "import", "transmogrify a.md", "import --bogus a.md", "import a.md -o",
-        "import --encoding ebcdic a.md", "import -o out.musicxml empty"}) {
+        "import --encoding ebcdic a.md", "import -o out.musicxml empty", "export",
+        "export a.xml b.xml", "export -p 0 a.xml", "export -p two a.xml",
+        "export -p 1 --all -o parts a.xml", "export --all a.xml", "export --all -o - a.xml",
+        "export --bogus a.xml"}) {
     SCOPED_TRACE(arguments);
     const ToolRun run = RunTool(folder.Path(), arguments);
     EXPECT_EQ(run.status, 64);
     EXPECT_NE(run.err, "");
     EXPECT_EQ(run.out, "");
+    EXPECT_EQ(Names(folder.Path()), before);
   }
-  EXPECT_FALSE(fs::exists(folder.Path() + "/out.musicxml"));
 }
 
 }  // namespace
