@@ -1,5 +1,6 @@
 #include "support/test_support.h"
 
+#include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -130,6 +131,14 @@ std::string PartXml(const std::vector<std::string>& records, const char* xpath) 
   std::string xml = XmlAt(imported.document, xpath);
   for (const std::string& warning : imported.warnings) xml += " [warning: " + warning + "]";
   return xml;
+}
+
+void ExpectPartXml(const std::vector<PartXmlRow>& rows) {
+  for (const PartXmlRow& row : rows) {
+    std::string records;
+    for (const std::string& record : row.records) records += "\n  " + record;
+    EXPECT_EQ(PartXml(row.records, row.xpath), row.expected) << "records:" << records;
+  }
 }
 
 }  // namespace musedata::test

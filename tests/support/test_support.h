@@ -83,4 +83,15 @@ std::string Part(const std::vector<std::string>& records);
 // " [warning: <text>]" for each warning; "(false)" when the load returned false.
 std::string PartXml(const std::vector<std::string>& records, const char* xpath);
 
+// One row of a table of parts: the records of a part, the XPath to apply to
+// what they import to, and what PartXml gives for it.
+struct PartXmlRow {
+  std::vector<std::string> records;
+  const char* xpath;
+  std::string expected;
+};
+
+// Checks every row, naming its records when it fails.
+void ExpectPartXml(const std::vector<PartXmlRow>& rows);
+
 }  // namespace musedata::test
