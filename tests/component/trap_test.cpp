@@ -33,11 +33,6 @@ TEST(Trap, OtherErrorsAreWrappedWithTheProcedureNumberAndName) {
   const std::vector<std::tuple<Procedure, std::function<void()>, std::string>> rows = {
       {kParseBarLine, [] { throw RunTimeError::SubscriptOutOfRange(); },
        "6021 Verdantix: MuseData ParseBarLine error 9: Subscript out of range"},
-      // A host's error of another source, its negative number in decimal.
-      {kLoad, [] { throw ConverterError(1004, "Notation host", "Disk is full"); },
-       "6008 Verdantix: MuseData Load error 1004: Disk is full"},
-      {kSave, [] { throw ConverterError(kErrorBase + 6007, "Other", "Stopped by the user"); },
-       "6053 Verdantix: MuseData Save error -2147215497: Stopped by the user"},
       // Library exceptions take the run-time numbers.
       {kParseNoteRecord, [] { (void)std::vector<int>().at(3); },
        "6035 Verdantix: MuseData ParseNoteRecord error 9: Subscript out of range"},
