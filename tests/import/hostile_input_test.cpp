@@ -26,11 +26,6 @@ std::string Noise(size_t size) {
   return bytes;
 }
 
-bool IsConvertersOwn(const ConverterError& error) {
-  const int32_t offset = error.Number() - kErrorBase;
-  return error.Source() == kErrorSource && offset >= 6003 && offset <= 6082;
-}
-
 TEST(HostileInput, EndsInAResultOrTheConvertersOwnError) {
   const std::string note = "C4     2        q     d";
   struct Case {
@@ -58,7 +53,8 @@ TEST(HostileInput, EndsInAResultOrTheConvertersOwnError) {
         EXPECT_TRUE(imported.document || c.text.empty());
       }
     } catch (const ConverterError& error) {
-      EXPECT_TRUE(IsConvertersOwn(error))
+      const int32_t offset = error.Number() - kErrorBase;
+      EXPECT_TRUE(error.Source() == kErrorSource && offset >= 6003 && offset <= 6082)
           << std::hex << error.Number() << " " << error.Source() << ": " << error.Description();
     }
   }

@@ -31,10 +31,6 @@ class TemporaryFolderScope {
   std::string m_old;
 };
 
-std::string MinuetFolder() {
-  return (fs::path(__FILE__).parent_path() / "../../examples/minuet").lexically_normal().string();
-}
-
 const std::string kSonatina = MUSEDATA_TEST_DATA "/export/sonatina.musicxml";
 
 // The two-part sonatina with the piano's left hand in a voice that is not a
@@ -48,7 +44,7 @@ std::string BrokenSonatina() {
 TEST(ExportTool, WritesAPartToAFileStandardOutputOrEveryPartToAFolder) {
   const TempDir folder;
   const TemporaryFolderScope temporary(folder.Path());
-  const std::string minuet = "'" + MinuetFolder() + "'";
+  const std::string minuet = "'" MUSEDATA_TEST_DATA "/../../examples/minuet'";
   const ToolRun imported = RunTool(folder.Path(), "import -o minuet.musicxml " + minuet);
   ASSERT_EQ(imported.status, 0) << imported.err;
   EXPECT_EQ(imported.err, "") << "the bundled minuet converts without a warning";
