@@ -60,25 +60,6 @@ TEST(Trap, OtherErrorsAreWrappedWithTheProcedureNumberAndName) {
   }
 }
 
-TEST(Trap, SpecificMessageReplacesTheGeneralOne) {
-  const auto fileNotFound = [](const CaughtError& error) -> std::optional<ConverterError> {
-    if (error.number != 53) return std::nullopt;
-    return ConverterError(kErrorBase + kErrFileNotFound, kErrorSource, "File op4.md not found");
-  };
-  CaughtError caught;
-  EXPECT_EQ(test::ErrorOf([&] {
-              Trap(
-                  kLoad, &caught, [] { throw RunTimeError::FileNotFound(); }, fileNotFound);
-            }),
-            "6078 Verdantix: File op4.md not found");
-  EXPECT_EQ(caught.number, 53);
-  EXPECT_EQ(test::ErrorOf([&] {
-              Trap(
-                  kLoad, &caught, [] { throw RunTimeError::PathFileAccess(); }, fileNotFound);
-            }),
-            "6008 Verdantix: MuseData Load error 75: Path/File access error");
-}
-
 TEST(Trap, CheckedArithmeticRaisesOverflow) {
   constexpr int32_t kMax = std::numeric_limits<int32_t>::max();
   constexpr int32_t kMin = std::numeric_limits<int32_t>::min();
