@@ -60,17 +60,6 @@ TEST(Trap, OtherErrorsAreWrappedWithTheProcedureNumberAndName) {
   }
 }
 
-TEST(Trap, CheckedArithmeticRaisesOverflow) {
-  constexpr int32_t kMax = std::numeric_limits<int32_t>::max();
-  constexpr int32_t kMin = std::numeric_limits<int32_t>::min();
-  EXPECT_EQ(CheckedAdd(kMax - 1, 1), kMax);
-  EXPECT_EQ(CheckedAdd(-5, 3), -2);
-  EXPECT_EQ(CheckedMultiply(-46341, 46340), -2147441940);
-  EXPECT_EQ(test::ErrorOf([] { CheckedAdd(kMax, 1); }), "run-time 6: Overflow");
-  EXPECT_EQ(test::ErrorOf([] { CheckedAdd(kMin, -1); }), "run-time 6: Overflow");
-  EXPECT_EQ(test::ErrorOf([] { CheckedMultiply(65536, 32768); }), "run-time 6: Overflow");
-}
-
 TEST(Trap, ToLongReadsWholeNumbersLikeBasic) {
   // clang-format off
   const std::pair<const char*, int32_t> numbers[] = {

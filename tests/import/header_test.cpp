@@ -104,14 +104,6 @@ TEST(Header, GroupTypeDecidesMembership) {
             " id=\"P1\" id=\"P1\"");
 }
 
-TEST(Header, LaterPartsShareWorkAndMovement) {
-  const Lines second = With(5, "WK#:99 MV#:7", With(7, "Other", With(8, "Other")));
-  EXPECT_EQ(
-      Load({File(kHeader), File(second)}, "//work/*|//movement-number|//movement-title|//part/@id"),
-      "<work-number>12</work-number><work-title>Sonata</work-title><movement-number>1"
-      "</movement-number><movement-title>Allegro</movement-title> id=\"P1\" id=\"P2\"");
-}
-
 TEST(Header, ErrorsNameTheRecord) {
   const Lines xml = With(1, "<?xml version=\"1.0\"?>");
   const std::pair<Lines, const char*> rows[] = {
