@@ -1,5 +1,4 @@
 #include <gtest/gtest.h>
-#include <stdlib.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -11,25 +10,11 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// The tool's temporary files go to TMPDIR; the tests point it into their own
-// folder, so that nothing is written elsewhere and leftovers can be seen.
-class TemporaryFolderScope {
- public:
-  explicit TemporaryFolderScope(const std::string& folder) {
-    if (const char* old = std::getenv("TMPDIR")) m_old = old;
-    setenv("TMPDIR", folder.c_str(), 1);
-  }
-  ~TemporaryFolderScope() {
-    if (m_old.empty()) {
-      unsetenv("TMPDIR");
-    } else {
-      setenv("TMPDIR", m_old.c_str(), 1);
-    }
-  }
-
- private:
-  std::string m_old;
-};
+// Runs the tool in `folder` with its temporary files there too (TMPDIR), so
+// that nothing is written elsewhere and leftovers can be seen.
+ToolRun RunIn(const TempDir& folder, const std::string& arguments) {
+  return RunScript(folder.Path(), "TMPDIR=\"$PWD\" \"$TOOL\" " + arguments);
+}
 
 const std::string kSonatina = MUSEDATA_TEST_DATA "/export/sonatina.musicxml";
 
@@ -43,31 +28,30 @@ std::string BrokenSonatina() {
 
 TEST(ExportTool, WritesAPartToAFileStandardOutputOrEveryPartToAFolder) {
   const TempDir folder;
-  const TemporaryFolderScope temporary(folder.Path());
   const std::string minuet = "'" MUSEDATA_TEST_DATA "/../../examples/minuet'";
-  const ToolRun imported = RunTool(folder.Path(), "import -o minuet.musicxml " + minuet);
+  const ToolRun imported = RunIn(folder, "import -o minuet.musicxml " + minuet);
   ASSERT_EQ(imported.status, 0) << imported.err;
   EXPECT_EQ(imported.err, "") << "the bundled minuet converts without a warning";
 
-  const ToolRun toFile = RunTool(folder.Path(), "export -p 2 -o viola.md minuet.musicxml");
+  const ToolRun toFile = RunIn(folder, "export -p 2 -o viola.md minuet.musicxml");
   EXPECT_EQ(toFile.status, 0) << toFile.err;
   EXPECT_EQ(toFile.err + toFile.out, "");
   const std::string viola = ReadFile(folder.Path() + "/viola.md");
   EXPECT_NE(viola.find("/END"), std::string::npos) << viola;
   EXPECT_NE(viola.find("score: part 2 of 3"), std::string::npos) << viola;
 
-  const ToolRun toOutput = RunTool(folder.Path(), "export --part 2 minuet.musicxml");
+  const ToolRun toOutput = RunIn(folder, "export --part 2 minuet.musicxml");
   EXPECT_EQ(toOutput.status, 0) << toOutput.err;
   EXPECT_EQ(toOutput.out, viola);
 
-  const ToolRun all = RunTool(folder.Path(), "export --all -o parts minuet.musicxml");
+  const ToolRun all = RunIn(folder, "export --all -o parts minuet.musicxml");
   EXPECT_EQ(all.status, 0) << all.err;
   EXPECT_EQ(all.err, "");
   EXPECT_EQ(ReadFile(folder.Path() + "/parts/02.md"), viola);
 
   // What import writes as compressed MusicXML, export reads back.
-  ASSERT_EQ(RunTool(folder.Path(), "import -o minuet.mxl " + minuet).status, 0);
-  const ToolRun packed = RunTool(folder.Path(), "export -p 2 minuet.mxl");
+  ASSERT_EQ(RunIn(folder, "import -o minuet.mxl " + minuet).status, 0);
+  const ToolRun packed = RunIn(folder, "export -p 2 minuet.mxl");
   EXPECT_EQ(packed.status, 0) << packed.err;
   EXPECT_EQ(packed.out, viola);
   EXPECT_EQ(Names(folder.Path()),
@@ -81,20 +65,19 @@ TEST(ExportTool, WritesAPartToAFileStandardOutputOrEveryPartToAFolder) {
 // duration columns and the writers clamp them with a warning.
 TEST(ExportTool, ReducesDivisionsToFitTheDurationColumns) {
   const TempDir folder;
-  const TemporaryFolderScope temporary(folder.Path());
   std::string fine = ReadFile(kSonatina);
   for (const std::string end : {"</divisions>", "</duration>"})
     for (size_t at = fine.find(end); at != std::string::npos; at = fine.find(end, at + 4))
       fine.insert(at, "000");
   folder.Write("fine.xml", fine);
-  const ToolRun reduced = RunTool(folder.Path(), "export fine.xml");
+  const ToolRun reduced = RunIn(folder, "export fine.xml");
   EXPECT_EQ(reduced.status, 0) << reduced.err;
   EXPECT_EQ(reduced.err, "");
   EXPECT_NE(reduced.out.find("\n$   Q:1 K:1 T:3/4 C:4 X:-6\nD5   1        1 q\nmheavy3 1 "),
             std::string::npos)
       << reduced.out;
 
-  const ToolRun kept = RunTool(folder.Path(), "export --keep-divisions fine.xml");
+  const ToolRun kept = RunIn(folder, "export --keep-divisions fine.xml");
   EXPECT_EQ(kept.status, 0) << kept.err;
   EXPECT_EQ(kept.err.rfind("musedata: warning: Duration of 4000 is too large", 0), 0u) << kept.err;
   EXPECT_NE(kept.out.find("\n$   Q:4000 K:1 T:3/4 C:4 X:-6\nD5   999      1 q\n"),
@@ -107,7 +90,6 @@ TEST(ExportTool, ReducesDivisionsToFitTheDurationColumns) {
 // replaced, even when the second of two parts fails.
 TEST(ExportTool, FailuresReportOneLineAndWriteNothing) {
   const TempDir folder;
-  const TemporaryFolderScope temporary(folder.Path());
   folder.Write("broken.xml", "<score-partwise>\n  <part id=\"P1\">\n</score-partwise>\n");
   folder.Write("two.xml", BrokenSonatina());
   fs::create_directory(folder.Path() + "/parts");
@@ -126,7 +108,7 @@ TEST(ExportTool, FailuresReportOneLineAndWriteNothing) {
   const std::vector<std::string> before = Names(folder.Path());
   for (const auto& [arguments, message] : rows) {
     SCOPED_TRACE(arguments);
-    const ToolRun run = RunTool(folder.Path(), std::string("export ") + arguments);
+    const ToolRun run = RunIn(folder, std::string("export ") + arguments);
     EXPECT_EQ(run.status, 2);
     EXPECT_EQ(run.err.rfind("musedata: " + message, 0), 0u) << run.err;
     EXPECT_EQ(std::count(run.err.begin(), run.err.end(), '\n'), 1) << run.err;
