@@ -91,7 +91,9 @@ TEST(RecordReader, CommentsInTheHeaderLengthenItAndGoToTheRoot) {
 }
 
 // A line starting with "a" continues the record before, except inside a
-// comment block and after "/FINE"; the text of a block's opening line is dropped.
+// comment block and after "/FINE"; the text of a block's opening line is
+// dropped. With no record before it, it is a record of no known kind, which
+// is passed over.
 TEST(RecordReader, ContinuationLinesJoinTheRecordBefore) {
   const std::string note = "G4     4        q     u                    Glo-";
   const Followed followed =
@@ -107,15 +109,6 @@ TEST(RecordReader, ContinuationLinesJoinTheRecordBefore) {
   EXPECT_EQ(Comments(followed.document, "//measure/comment()"),
             "\r\ninside - it\r\na comment line\r\n");
   EXPECT_EQ(Comments(followed.document, "/score-partwise/comment()"), "Coda\r\n\r\na coda\r\n");
-}
-
-TEST(RecordReader, UnknownRecordsAndEmptyDataAddNothing) {
-  for (const std::vector<std::string>& records :
-       {std::vector<std::string>{"a continuation", "d lower case", "x", "~", "#"}, {}}) {
-    const Imported imported = ImportText(PlainHeader() + Lines(records) + "/END\n");
-    EXPECT_TRUE(imported.result);
-    EXPECT_EQ(XmlAt(imported.document, "part/*"), "");
-  }
 }
 
 TEST(RecordReader, ProgressCountsEveryRecordAndItsLineEnd) {
