@@ -40,28 +40,6 @@ TEST(MuseData, OwnXmlMembersAreRefused) {
   }
 }
 
-TEST(MuseData, TwoLoadsBuildOneScoreWithTwoParts) {
-  const TwoParts files;
-  MuseData component;
-  EXPECT_FALSE(component.XML());
-  int32_t lastCurrent = 0;
-  int32_t lastSize = 0;
-  component.Loading = [&](int32_t current, int32_t size, bool&) {
-    lastCurrent = current;
-    lastSize = size;
-  };
-  ASSERT_TRUE(component.Load(files.first));
-  const Document afterFirst = component.XML();
-  ASSERT_TRUE(afterFirst);
-  EXPECT_EQ(lastSize, static_cast<int32_t>(std::filesystem::file_size(files.first)));
-  EXPECT_GT(lastCurrent, 0);
-
-  ASSERT_TRUE(component.Load(files.second));
-  EXPECT_EQ(component.XML(), afterFirst);  // the same document, extended
-  EXPECT_EQ(xml::Root(component.XML()).CountChildren("part"), 2);
-  EXPECT_EQ(component.FileName(), "violin2.md");
-}
-
 TEST(MuseData, GroupTypeIsStoredTrimmedAndLowerCased) {
   // Only blanks trim.
   const std::pair<const char*, const char*> rows[] = {
@@ -116,52 +94,29 @@ TEST(MuseData, CancellationFromTheLoadingHandler) {
   }
 }
 
-TEST(MuseData, SaveWritesNothingUnlessTheWholePartIsWritten) {
-  const TwoParts files;
-  const std::string target = files.dir.Write("out.md", "a good file\n");
-  struct Row {
-    std::function<Document()> score;
-    int32_t partNumber;
-    const char* error;
-  };
-  const Row rows[] = {
-      {[] { return Document(); }, 1, "no error"},
-      {[] { return InitializeXML(false, ""); }, 1, "no error"},
-      {[&] {
-         MuseData loader;
-         EXPECT_TRUE(loader.Load(files.first));
-         return loader.XML();
-       },
-       3, "6066 Verdantix: No part number 3 found"},
-  };
-  for (const auto& [score, partNumber, error] : rows) {
-    for (const std::string& path : {target, files.dir.Path() + "/new.md"}) {
-      MuseData component;
-      component.SetXML(score());
-      component.SetPartNumber(partNumber);
-      EXPECT_EQ(ErrorOf([&] { EXPECT_FALSE(component.Save(path)); }), error);
-      // Neither the target nor a temporary file beside it is left behind,
-      // even while the component lives on.
-      EXPECT_EQ(EntriesIn(files.dir.Path()), 3);
-    }
-    EXPECT_EQ(ReadFile(target), "a good file\n");
-  }
-}
-
-// A save hands the component's score to the engine; a further load then adds
-// its part to that score, not to the one the engine built before.
-TEST(MuseData, LoadAfterSavingAnotherScoreAddsToThatScore) {
+// Each load adds its part to the one score. A save hands the component's
+// score to the engine; a further load then adds its part to that score, not
+// to the one the engine built before.
+TEST(MuseData, LoadsAddPartsToTheScoreLastBuiltOrSaved) {
   const TwoParts files;
   MuseData other;
   ASSERT_TRUE(other.Load(files.first));
   const Document handedOver = other.XML();
 
   MuseData component;
+  EXPECT_FALSE(component.XML());
+  int32_t lastSize = 0;
+  component.Loading = [&](int32_t, int32_t size, bool&) { lastSize = size; };
   ASSERT_TRUE(component.Load(files.first));
+  const Document afterFirst = component.XML();
+  EXPECT_EQ(lastSize, static_cast<int32_t>(std::filesystem::file_size(files.first)));
   ASSERT_TRUE(component.Load(files.second));
+  EXPECT_EQ(component.XML(), afterFirst);  // the same document, extended
+  EXPECT_EQ(xml::Root(afterFirst).CountChildren("part"), 2);
+  EXPECT_EQ(component.FileName(), "violin2.md");
+
   component.SetXML(handedOver);  // the score of two parts now lives only in the engine
   EXPECT_TRUE(component.Save(files.dir.Path() + "/out.md"));
-
   ASSERT_TRUE(component.Load(files.second));
   EXPECT_EQ(component.XML(), handedOver);
   EXPECT_EQ(xml::Root(handedOver).CountChildren("part"), 2);

@@ -33,11 +33,6 @@ TEST(Trap, OtherErrorsAreWrappedWithTheProcedureNumberAndName) {
   const std::vector<std::tuple<Procedure, std::function<void()>, std::string>> rows = {
       {kParseBarLine, [] { throw RunTimeError::SubscriptOutOfRange(); },
        "6021 Verdantix: MuseData ParseBarLine error 9: Subscript out of range"},
-      // A host's error of another source, its negative number in decimal.
-      {kLoad, [] { throw ConverterError(1004, "Notation host", "Disk is full"); },
-       "6008 Verdantix: MuseData Load error 1004: Disk is full"},
-      {kSave, [] { throw ConverterError(kErrorBase + 6007, "Other", "Stopped by the user"); },
-       "6053 Verdantix: MuseData Save error -2147215497: Stopped by the user"},
       // Library exceptions take the run-time numbers.
       {kParseNoteRecord, [] { (void)std::vector<int>().at(3); },
        "6035 Verdantix: MuseData ParseNoteRecord error 9: Subscript out of range"},
@@ -63,36 +58,6 @@ TEST(Trap, OtherErrorsAreWrappedWithTheProcedureNumberAndName) {
     EXPECT_FALSE(caught.description.empty());
     EXPECT_EQ(expected.substr(expected.size() - caught.description.size()), caught.description);
   }
-}
-
-TEST(Trap, SpecificMessageReplacesTheGeneralOne) {
-  const auto fileNotFound = [](const CaughtError& error) -> std::optional<ConverterError> {
-    if (error.number != 53) return std::nullopt;
-    return ConverterError(kErrorBase + kErrFileNotFound, kErrorSource, "File op4.md not found");
-  };
-  CaughtError caught;
-  EXPECT_EQ(test::ErrorOf([&] {
-              Trap(
-                  kLoad, &caught, [] { throw RunTimeError::FileNotFound(); }, fileNotFound);
-            }),
-            "6078 Verdantix: File op4.md not found");
-  EXPECT_EQ(caught.number, 53);
-  EXPECT_EQ(test::ErrorOf([&] {
-              Trap(
-                  kLoad, &caught, [] { throw RunTimeError::PathFileAccess(); }, fileNotFound);
-            }),
-            "6008 Verdantix: MuseData Load error 75: Path/File access error");
-}
-
-TEST(Trap, CheckedArithmeticRaisesOverflow) {
-  constexpr int32_t kMax = std::numeric_limits<int32_t>::max();
-  constexpr int32_t kMin = std::numeric_limits<int32_t>::min();
-  EXPECT_EQ(CheckedAdd(kMax - 1, 1), kMax);
-  EXPECT_EQ(CheckedAdd(-5, 3), -2);
-  EXPECT_EQ(CheckedMultiply(-46341, 46340), -2147441940);
-  EXPECT_EQ(test::ErrorOf([] { CheckedAdd(kMax, 1); }), "run-time 6: Overflow");
-  EXPECT_EQ(test::ErrorOf([] { CheckedAdd(kMin, -1); }), "run-time 6: Overflow");
-  EXPECT_EQ(test::ErrorOf([] { CheckedMultiply(65536, 32768); }), "run-time 6: Overflow");
 }
 
 TEST(Trap, ToLongReadsWholeNumbersLikeBasic) {

@@ -168,18 +168,6 @@ TEST(MuseDataText, DivideFontsSplitsAtFontChanges) {
   }
 }
 
-TEST(MuseDataText, GetNextNumberTakesALeadingWholeNumber) {
-  const std::tuple<std::string, const char*, const char*> rows[] = {
-      {"X-12Y", "", "X-12Y"}, {"-12Y", "-12", "Y"}, {"--1", "-", "-1"}, {"", "", ""},
-      {"12-3", "12", "-3"},   {" 5", "", " 5"},     {"007", "007", ""},
-  };
-  for (const auto& [input, number, rest] : rows) {
-    std::string s = input;
-    EXPECT_EQ(GetNextNumber(s), number) << input;
-    EXPECT_EQ(s, rest);
-  }
-}
-
 TEST(MuseDataText, MissingElementsRaiseTheirOwnErrors) {
   const std::string notSet = " error 91: Object variable or With block variable not set";
   Scratch scratch;

@@ -64,9 +64,6 @@ TEST(MeasureWriter, BackAndIrestRecords) {
       {"<forward><duration>12</duration><footnote>*</footnote><level>3</level><pass-number>2"
        "</pass-number></forward>",
        "irest12     *3  2\n"},
-      {"<forward><duration>1234</duration></forward><backup><duration>5000</duration></backup>",
-       "irest999\nback 999\n[warning: Duration of 1234 is too large to fit in 3-digit field.\r\n"
-       "Replacing with 999. This may occur more than once.]"},
       {"<backup/>",
        "(false) 6057 Verdantix: MuseData SaveBackupForward error 91: Object variable or With "
        "block variable not set"},

@@ -62,6 +62,13 @@ TEST(Directions, RecordBecomesOneDirection) {
                  "</dynamics><dynamics" + italic + "><p/></dynamics>"})},
       {Direction("G", "f!33p"),
        Expected({"<dynamics><f/></dynamics><dynamics" + italic + "><p/></dynamics>"})},
+      // Each piece of a dynamic text is one dynamic; letters without an element are other dynamics.
+      {Direction("G", "mp!1Z!1Zp!1R!1z!1sf"),
+       Expected({"<dynamics><mp/></dynamics><dynamics font-family=\"music\"><sfz/></dynamics>"
+                 "<dynamics font-family=\"music\"><sfp/></dynamics><dynamics font-family=\"music\">"
+                 "<rfz/></dynamics><dynamics font-family=\"music\"><other-dynamics>z"
+                 "</other-dynamics></dynamics><dynamics font-family=\"music\"><other-dynamics>sf"
+                 "</other-dynamics></dynamics>"})},
       // Only a plus in column 19 sets a placement.
       {Direction("D", "dolce").replace(18, 1, "-"), Expected({"<words>dolce</words>"})},
       {details, Expected({"<words>dolce</words>"}, "<offset>-12</offset><footnote>f</footnote>"
@@ -69,19 +76,6 @@ TEST(Directions, RecordBecomesOneDirection) {
   };
   // clang-format on
   for (const auto& [record, expected] : rows) EXPECT_EQ(DirectionXml(record), expected) << record;
-}
-
-TEST(Directions, DynamicTexts) {
-  // clang-format off
-  const std::pair<const char*, const char*> rows[] = {
-      {"ff", "<ff/>"}, {"mp", "<mp/>"}, {"Z", "<sfz/>"}, {"Zp", "<sfp/>"}, {"R", "<rfz/>"},
-      {"z", "<other-dynamics>z</other-dynamics>"}, {"sf", "<other-dynamics>sf</other-dynamics>"},
-  };
-  // clang-format on
-  for (const auto& [text, dynamic] : rows) {
-    EXPECT_EQ(DirectionXml(Direction("G", text)),
-              Expected({std::string("<dynamics>") + dynamic + "</dynamics>"}));
-  }
 }
 
 TEST(Directions, RecordWithoutKnownTypeEndsTheLoad) {

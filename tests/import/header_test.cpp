@@ -94,28 +94,14 @@ TEST(Header, EncodingDateIsMonthDayYear) {
 }
 
 // Group names match without regard to case; a part outside the group is
-// skipped, and parts stand in the group's order whatever order they load in.
-TEST(Header, GroupTypeDecidesMembershipAndPlace) {
+// skipped.
+TEST(Header, GroupTypeDecidesMembership) {
   const std::string scoreOnly = File(kHeader);
   const std::string both = File(
       WithGroups("Group memberships: SCORE parts", {"score: part 2 of 2", "parts: part 1 of 1"}));
   EXPECT_EQ(Load({scoreOnly}, "//part|//score-part", "parts"), "");
   EXPECT_EQ(Load({scoreOnly, both}, "//score-part/@id|//part/@id", "Parts"),
             " id=\"P1\" id=\"P1\"");
-
-  std::vector<std::string> files;
-  for (const std::string position : {"3", "1", "2"})
-    files.push_back(File(With(12, "score: part " + position + " of 3"), "@ part " + position));
-  EXPECT_EQ(Load(files, "//part/@id|//part/measure/comment()", "score"),
-            " id=\"P1\"<!-- part 1--> id=\"P2\"<!-- part 2--> id=\"P3\"<!-- part 3-->");
-}
-
-TEST(Header, LaterPartsShareWorkAndMovement) {
-  const Lines second = With(5, "WK#:99 MV#:7", With(7, "Other", With(8, "Other")));
-  EXPECT_EQ(
-      Load({File(kHeader), File(second)}, "//work/*|//movement-number|//movement-title|//part/@id"),
-      "<work-number>12</work-number><work-title>Sonata</work-title><movement-number>1"
-      "</movement-number><movement-title>Allegro</movement-title> id=\"P1\" id=\"P2\"");
 }
 
 TEST(Header, ErrorsNameTheRecord) {

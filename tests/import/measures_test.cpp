@@ -105,21 +105,12 @@ TEST(EndRecord, UnknownEndRecordsRaiseTheirOwnError) {
   }
 }
 
-// "/END" ends the part whatever follows it; after "/FINE" every line, blank or
-// not, is one comment after the parts.
-TEST(EndRecord, EndWithTrailingTextAndFine) {
+// "/END" ends the part whatever follows it.
+TEST(EndRecord, EndWithTrailingText) {
   const Imported ended = ImportText(Header() + "@ a\n/END of the part\nnot read\n");
   ASSERT_TRUE(ended.result);
   EXPECT_EQ(XmlAt(ended.document, "/score-partwise/part/measure"),
             R"(<measure number="X1"><!-- a--></measure>)");
-
-  const Imported fine = ImportText(
-      Header() + "@ a\nmeasure 1\n/FINE\nthe music ends here\n\n$ not an attribute\n/END\n");
-  ASSERT_TRUE(fine.result);
-  EXPECT_EQ(XmlAt(fine.document, "/score-partwise/part/measure"),
-            R"(<measure number="0" implicit="yes"><!-- a--></measure>)");
-  EXPECT_EQ(XmlAt(fine.document, "/score-partwise/part/following-sibling::comment()"),
-            "<!--the music ends here\r\n\r\n$ not an attribute\r\n-->");
 }
 
 }  // namespace musedata::test

@@ -27,20 +27,9 @@ std::string C4(std::initializer_list<std::pair<size_t, std::string_view>> fields
   return "C4     2" + Columns(fields).substr(std::min<size_t>(8, Columns(fields).size()));
 }
 
-struct Row {
-  std::vector<std::string> records;
-  const char* xpath;
-  std::string expected;  // what `xpath` selects in the part, as XML
-};
-
-void ExpectXml(const std::vector<Row>& rows) {
-  for (const Row& row : rows)
-    EXPECT_EQ(PartXml(row.records, row.xpath), row.expected) << row.records.front();
-}
-
 // Pitch, rest, chord, cue and grace markers, duration and sounding ties.
 TEST(NoteRecord, BuildsTheNoteItsRecordsDescribe) {
-  ExpectXml({
+  ExpectPartXml({
       {{Columns({{1, "Bff3"}, {8, "2"}, {17, "e"}, {23, "d"}})},
        "//note",
        "<note><pitch><step>B</step><alter>-2</alter><octave>3</octave></pitch>"
@@ -92,7 +81,7 @@ TEST(NoteRecord, CompletesTheNoteFromItsDataFields) {
   const char* fields = "//note/*[not(self::pitch or self::duration)]";
   // A record that reaches past column 23 with a blank there is printed stemless.
   const std::string none = "<stem>none</stem>";
-  ExpectXml({
+  ExpectPartXml({
       {{C4({{17, "q"}, {18, "."}}), C4({{17, "h"}, {18, ":"}})},
        fields,
        "<type>quarter</type><dot/><type>half</type><dot/><dot/>"},

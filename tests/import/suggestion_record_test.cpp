@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <optional>
 #include <string>
 #include <tuple>
 
@@ -54,13 +53,6 @@ TEST(SuggestionRecord, ReadsSelectorFieldsAndCodes) {
     EXPECT_EQ(record.applies, applies);
     EXPECT_EQ(Describe(record), fields);
   }
-}
-
-TEST(SuggestionRecord, CodeValueNeedsDigitsThatFit) {
-  EXPECT_EQ((SuggestionCode{"X", "007"}.Value()), 7);
-  EXPECT_EQ((SuggestionCode{"X", "-12"}.Value()), -12);
-  for (const char* number : {"", "-", "99999999999999999999"})
-    EXPECT_EQ((SuggestionCode{"X", number}.Value()), std::nullopt) << number;
 }
 
 }  // namespace

@@ -33,17 +33,6 @@ const std::string kTrill = Note("C", "", "t");
 // Words in two fonts: the first piece from column 25, the second from column 34.
 const std::string kPieces = Direction("D", "cresc.!21molto");
 
-struct Row {
-  std::vector<std::string> records;
-  const char* xpath;
-  std::string expected;  // what `xpath` selects, as XML, and any warning
-};
-
-void ExpectXml(const std::vector<Row>& rows) {
-  for (const Row& row : rows)
-    EXPECT_EQ(PartXml(row.records, row.xpath), row.expected) << row.records.back();
-}
-
 // Print suggestions: positions (y counted upwards in MusicXML), print-object
 // and print-dot, placements, fonts, on each kind of record they can follow.
 TEST(Suggestions, PrintCodesReachTheirTargets) {
@@ -51,7 +40,7 @@ TEST(Suggestions, PrintCodesReachTheirTargets) {
   const char* words = "//words/@*";
   const std::string serif = " font-family=\"serif\"";
   // clang-format off
-  ExpectXml({
+  ExpectPartXml({
       {{kC, "P C1:X12x-4Y10y-6"}, note,
        " default-x=\"12\" relative-x=\"-4\" default-y=\"-10\" relative-y=\"6\""},
       {{kC, "P C1:p1"}, note, " print-object=\"no\" print-dot=\"no\""},
@@ -96,7 +85,7 @@ TEST(Suggestions, SoundCodesReachTheirTargets) {
   const char* grace = "//grace/@*";
   const char* trill = "//trill-mark/@*";
   // clang-format off
-  ExpectXml({
+  ExpectPartXml({
       {{kC, "S C0:W120 V80 d S2 |>"}, sound,
        "<sound tempo=\"120\" dynamics=\"80\" dacapo=\"yes\" segno=\"2\" forward-repeat=\"yes\"/>"},
       {{kC, "S C8:Fyes"}, sound, "<sound fine=\"yes\"/>"},
@@ -120,7 +109,7 @@ TEST(Suggestions, SoundCodesReachTheirTargets) {
 TEST(Suggestions, WhatIsNotUnderstoodChangesNothing) {
   const char* note = "//note/@* | //measure/sound";
   // clang-format off
-  ExpectXml({
+  ExpectPartXml({
       {{kC, "Pp C1:X12", "Sp C0:W96"}, note, ""},  // meant for parts
       {{kC, "P C1: X 1 2"}, note, " default-x=\"12\""},
       {{kMarkedNote, "P C1:X12 C32:o"}, "//note/@* | //slur/@placement",
@@ -145,7 +134,7 @@ TEST(Suggestions, MissingTargetsWarnOncePerKind) {
   const std::string direction = warning("Print direction to non-existent direction");
   const std::string ornament = warning("Sound suggestion to non-existent ornament");
   // clang-format off
-  ExpectXml({
+  ExpectPartXml({
       {{kC, "P C32:o", "P C33:o"}, "/x", notation},
       {{Direction("D", "dolce"), "P C18:X5"}, "/x", direction},  // a type column that makes nothing
       {{Direction("D", "dolce"), "P C40:f31", "P C17:X1"}, "/x", direction},  // past the text
@@ -163,7 +152,7 @@ TEST(Suggestions, BeamRepeatersLastForTheirGroup) {
   const char* repeaters =
       "//note[beam/@repeater='yes']/pitch/step/text()|//beam[@repeater='yes']/@number";
   // clang-format off
-  ExpectXml({
+  ExpectPartXml({
       // a: every level to the end of the group
       {{Note("C", "[["), "P C26:a", Note("D", "=="), Note("E", "]]"), Note("F", "[["),
         Note("G", "]]")},

@@ -1,8 +1,10 @@
 #include "support/test_support.h"
 
+#include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -60,18 +62,27 @@ std::string ErrorOf(const std::function<void()>& action) {
   return "no error";
 }
 
-ToolRun RunTool(const std::string& where, const std::string& arguments) {
-  const TempDir capture;
-  const std::string out = capture.Path() + "/stdout";
-  const std::string err = capture.Path() + "/stderr";
-  const std::string command = "cd '" + where + "' && '" MUSEDATA_TOOL "' " + arguments + " >'" +
-                              out + "' 2>'" + err + "' </dev/null";
+std::vector<std::string> Names(const std::string& folder) {
+  std::vector<std::string> names;
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(folder))
+    names.push_back(std::filesystem::relative(entry.path(), folder).string());
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+ToolRun RunScript(const std::string& where, const std::string& script) {
+  const TempDir scratch;
+  const std::string run = scratch.Write("run.sh", "TOOL='" MUSEDATA_TOOL "'\n" + script + "\n");
+  const std::string out = scratch.Path() + "/stdout";
+  const std::string err = scratch.Path() + "/stderr";
+  const std::string command =
+      "cd '" + where + "' && sh '" + run + "' >'" + out + "' 2>'" + err + "' </dev/null";
   const int raw = std::system(command.c_str());
-  ToolRun run;
-  run.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
-  run.out = ReadFile(out);
-  run.err = ReadFile(err);
-  return run;
+  return {WIFEXITED(raw) ? WEXITSTATUS(raw) : -1, ReadFile(out), ReadFile(err)};
+}
+
+ToolRun RunTool(const std::string& where, const std::string& arguments) {
+  return RunScript(where, "\"$TOOL\" " + arguments);
 }
 
 std::string Header(const std::string& partName, const std::string& groups) {
@@ -120,6 +131,14 @@ std::string PartXml(const std::vector<std::string>& records, const char* xpath) 
   std::string xml = XmlAt(imported.document, xpath);
   for (const std::string& warning : imported.warnings) xml += " [warning: " + warning + "]";
   return xml;
+}
+
+void ExpectPartXml(const std::vector<PartXmlRow>& rows) {
+  for (const PartXmlRow& row : rows) {
+    std::string records;
+    for (const std::string& record : row.records) records += "\n  " + record;
+    EXPECT_EQ(PartXml(row.records, row.xpath), row.expected) << "records:" << records;
+  }
 }
 
 }  // namespace musedata::test

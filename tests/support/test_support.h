@@ -29,6 +29,9 @@ std::string ReadFile(const std::string& path);
 // How many entries the folder holds.
 int EntriesIn(const std::string& folder);
 
+// Every name in the folder and below it, relative to it, sorted.
+std::vector<std::string> Names(const std::string& folder);
+
 // What `action` raised, as "<number> <source>: <description>": the number is
 // the offset from kErrorBase for the converter's own range, "#<number>" for any
 // other, "run-time <number>" for a run-time error. "no error" when it returned.
@@ -45,6 +48,10 @@ struct ToolRun {
   std::string out;
   std::string err;
 };
+
+// Runs the shell `script` in the folder `where`, with $TOOL naming the built
+// musedata tool and nothing on standard input.
+ToolRun RunScript(const std::string& where, const std::string& script);
 
 // Runs the built musedata tool with `arguments` (shell words) in the folder `where`.
 ToolRun RunTool(const std::string& where, const std::string& arguments);
@@ -75,5 +82,16 @@ std::string Part(const std::vector<std::string>& records);
 // Loads Part(records) and gives the XML that `xpath` selects, then
 // " [warning: <text>]" for each warning; "(false)" when the load returned false.
 std::string PartXml(const std::vector<std::string>& records, const char* xpath);
+
+// One row of a table of parts: the records of a part, the XPath to apply to
+// what they import to, and what PartXml gives for it.
+struct PartXmlRow {
+  std::vector<std::string> records;
+  const char* xpath;
+  std::string expected;
+};
+
+// Checks every row, naming its records when it fails.
+void ExpectPartXml(const std::vector<PartXmlRow>& rows);
 
 }  // namespace musedata::test

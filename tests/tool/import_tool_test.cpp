@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <tuple>
 
 #include "support/test_support.h"
 
@@ -21,29 +22,6 @@ std::string Contents(const std::string& xml) {
   return text + "in " + std::to_string(parts) + " parts";
 }
 
-// Names in the folder other than `keep` and the inputs: files a write left behind.
-std::vector<std::string> Leftovers(const std::string& folder, const std::string& keep) {
-  std::vector<std::string> names;
-  for (const fs::directory_entry& entry : fs::directory_iterator(folder)) {
-    const std::string name = entry.path().filename().string();
-    if (name != keep && entry.path().extension() != ".md") names.push_back(name);
-  }
-  return names;
-}
-
-TEST(ImportTool, WritesTheScoreToTheOutputOrStandardOutput) {
-  const TempDir folder;
-  folder.Write("violin.md", Part({"$ K:1 Q:4 T:3/4 C:4", "@ violin"}));
-  const ToolRun run = RunTool(folder.Path(), "import -o minuet.musicxml violin.md");
-  EXPECT_EQ(run.status, 0) << run.err;
-  EXPECT_EQ(run.err + run.out, "");
-  const std::string xml = ReadFile(folder.Path() + "/minuet.musicxml");
-  EXPECT_EQ(xml.rfind("<?xml ", 0), 0u) << xml;
-  EXPECT_NE(xml.find("<measure number=\"X1\">"), std::string::npos) << xml;
-  EXPECT_EQ(Leftovers(folder.Path(), "minuet.musicxml"), std::vector<std::string>());
-  EXPECT_EQ(RunTool(folder.Path(), "import violin.md").out, xml);
-}
-
 // A folder stands for its visible files in natural name order, not its subfolders.
 TEST(ImportTool, LoadsEveryInputAsTheNextPart) {
   const TempDir folder;
@@ -60,57 +38,68 @@ TEST(ImportTool, LoadsEveryInputAsTheNextPart) {
   EXPECT_EQ(Contents(ReadFile(folder.Path() + "/set.xml")), "part1 part2 part10 in 3 parts");
 }
 
-TEST(ImportTool, ConvertsTheBundledMinuetWithoutWarnings) {
+// Every failure is one line on standard error, with status 2 for an error
+// and 1 for a load the data stopped, and no output file made or replaced.
+TEST(ImportTool, FailuresReportOneLineAndNeverReplaceTheOutput) {
   const TempDir folder;
-  const fs::path minuet = fs::path(__FILE__).parent_path() / "../../examples/minuet";
-  const ToolRun run = RunTool(
-      folder.Path(), "import -o minuet.musicxml '" + minuet.lexically_normal().string() + "'");
-  EXPECT_EQ(run.status, 0);
-  EXPECT_EQ(run.err, "");
-  EXPECT_TRUE(Contents(ReadFile(folder.Path() + "/minuet.musicxml")).ends_with("in 3 parts"));
-}
-
-// An error in any input exits with 2 and a load stopped by the data with 1;
-// either way one line on standard error and no output file, old or new.
-TEST(ImportTool, FailuresReportAndNeverReplaceTheOutput) {
-  const TempDir folder;
+  std::string wide;
+  for (const char c : Part({"@ violin"})) wide += std::string{c, '\0'};
   folder.Write("good.md", Part({"@ good"}));
   folder.Write("gap.md", Part({"$ K:0 Q:4 T:3/4 C:4", "", "@ after the gap"}));
-  const std::tuple<const char*, int, std::string> rows[] = {
-      {"good.md nope.md", 2, "musedata: error 0x800417BE (Verdantix): File nope.md not found\n"},
-      {"good.md gap.md", 1, "musedata: conversion stopped: gap.md, line 14"},
+  folder.Write("bom.md", "\xFF\xFE" + wide);
+  folder.Write("wide.md", wide);
+  folder.Write("score.mxl", "PK\x03\x04 and the rest of a container");
+  folder.Write("score.xml", "<?xml version=\"1.0\"?>\n<score-partwise/>\n");
+  folder.Write("clef.md", Part({"$ C:x"}));
+  folder.Write("kept.musicxml", "a good score");
+  const std::vector<std::string> before = Names(folder.Path());
+  const std::string utf16 = ": UTF-16 text; MuseData files are ASCII, CP437, Latin-1 or UTF-8\n";
+  const std::tuple<std::string, int, std::string> rows[] = {
+      {"good.md nope.md", 2, "error 0x800417BE (Verdantix): File nope.md not found\n"},
+      {"good.md gap.md", 1, "conversion stopped: gap.md, line 14"},
+      {"bom.md", 2, "error 0x0000000D (musedata): bom.md" + utf16},
+      {"wide.md", 2, "error 0x0000000D (musedata): wide.md" + utf16},
+      {"score.mxl", 2,
+       "error 0x0000000D (musedata): score.mxl: a zip container, not MuseData text\n"},
+      {"score.xml", 2, "error 0x0000000D (musedata): score.xml: MusicXML, not MuseData text\n"},
+      {"clef.md", 2,
+       "error 0x80041783 (Verdantix): clef.md, line 13: MuseData ParseAttributes error 13: Type "
+       "mismatch\n"},
   };
   for (const auto& [inputs, status, message] : rows) {
-    SCOPED_TRACE(inputs);
-    const ToolRun fresh = RunTool(folder.Path(), "import -o fresh.musicxml " + std::string(inputs));
-    EXPECT_EQ(fresh.status, status);
-    EXPECT_EQ(fresh.err.substr(0, message.size()), message);
-    EXPECT_EQ(std::count(fresh.err.begin(), fresh.err.end(), '\n'), 1) << "one line";
-    EXPECT_FALSE(fs::exists(folder.Path() + "/fresh.musicxml"));
-
-    folder.Write("kept.musicxml", "a good score");
-    EXPECT_EQ(RunTool(folder.Path(), "import -o kept.musicxml " + std::string(inputs)).status,
-              status);
-    EXPECT_EQ(ReadFile(folder.Path() + "/kept.musicxml"), "a good score");
-    EXPECT_EQ(Leftovers(folder.Path(), "kept.musicxml"), std::vector<std::string>());
+    for (const std::string output : {"fresh.musicxml", "kept.musicxml"}) {
+      SCOPED_TRACE(inputs + " -o " + output);
+      const ToolRun run = RunTool(folder.Path(), "import -o " + output + " " + inputs);
+      EXPECT_EQ(run.status, status);
+      EXPECT_EQ(run.err.substr(0, message.size() + 10), "musedata: " + message);
+      EXPECT_EQ(std::count(run.err.begin(), run.err.end(), '\n'), 1) << run.err;
+      EXPECT_EQ(ReadFile(folder.Path() + "/kept.musicxml"), "a good score");
+      EXPECT_EQ(Names(folder.Path()), before);
+    }
   }
 }
 
-TEST(ImportTool, WrongUsageExits64) {
+// Either command, used wrongly, says so and writes nothing.
+TEST(Tool, WrongUsageExits64AndWritesNothing) {
   const TempDir folder;
   folder.Write("a.md", Part({"@ a"}));
+  folder.Write("a.xml", ReadFile(MUSEDATA_TEST_DATA "/export/sonatina.musicxml"));
   fs::create_directories(folder.Path() + "/empty/.git");
   folder.Write("empty/.hidden.md", Part({"@ hidden"}));
+  const std::vector<std::string> before = Names(folder.Path());
   for (const char* arguments :
        {"", "import", "transmogrify a.md", "import --bogus a.md", "import a.md -o",
-        "import --encoding ebcdic a.md", "import -o out.musicxml empty"}) {
+        "import --encoding ebcdic a.md", "import -o out.musicxml empty", "export",
+        "export a.xml b.xml", "export -p 0 a.xml", "export -p two a.xml",
+        "export -p 1 --all -o parts a.xml", "export --all a.xml", "export --all -o - a.xml",
+        "export --bogus a.xml"}) {
     SCOPED_TRACE(arguments);
     const ToolRun run = RunTool(folder.Path(), arguments);
     EXPECT_EQ(run.status, 64);
     EXPECT_NE(run.err, "");
     EXPECT_EQ(run.out, "");
+    EXPECT_EQ(Names(folder.Path()), before);
   }
-  EXPECT_FALSE(fs::exists(folder.Path() + "/out.musicxml"));
 }
 
 }  // namespace
