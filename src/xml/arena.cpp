@@ -7,9 +7,12 @@
 
 #include <algorithm>
 #include <atomic>
+#include <condition_variable>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <mutex>
+#include <thread>
 #include <vector>
 
 namespace musedata::xml {
@@ -26,9 +29,9 @@ constexpr size_t kChunks = kReserved / kChunk;
 // Larger blocks (the parser's and writer's buffers, the dictionary's pools)
 // are few and grow by reallocation: malloc serves them better.
 constexpr size_t kLargest = 64 << 10;
-// A thread's first chunks of each kind stay on small pages, so that a small
-// score does not round its memory up to whole huge pages.
-constexpr size_t kSmallPageChunks = 4;
+// The first chunks stay on small pages, so that a small score does not round
+// its memory up to whole huge pages.
+constexpr size_t kSmallPageChunks = 8;
 
 // Elements, text and comments are all xmlNode, and attributes xmlAttr: those
 // two sizes are most of a document and get chunks of their own, where every
@@ -67,6 +70,60 @@ Kind KindOf(const void* pointer) {
   return g_kindOf[static_cast<size_t>(static_cast<const char*>(pointer) - g_base) / kChunk];
 }
 
+// Fresh memory costs the kernel (and a virtual machine's host) more to hand
+// over than the conversion costs to fill it. A thread of its own faults in
+// the chunks that are about to be taken, a little ahead of the last one
+// taken, so that this work runs on another core beside the conversion.
+// MADV_POPULATE_WRITE maps pages without writing to them, so it never
+// touches a block in use; where the kernel lacks it, nothing is faulted ahead.
+//
+// The thread's state is never destroyed: the thread still waits on it while
+// the process exits.
+struct Ahead {
+  std::mutex lock;
+  std::condition_variable wake;
+  size_t lastTaken = 0;  // guarded by `lock`
+};
+Ahead& g_ahead = *new Ahead;
+
+// How far ahead of `taken` chunks the pages are faulted in: a thirty-second
+// of what the documents hold, so that the pages faulted and never used are
+// little beside the peak, and nothing for a small score, whose faults cost
+// little.
+size_t ChunksAhead(size_t taken) {
+  return taken < 32 ? 0 : std::clamp<size_t>(taken / 32, 1, 16);
+}
+
+[[noreturn]] void FaultInAhead() {
+  size_t faulted = 0;  // chunks [0, faulted) are mapped or taken
+  std::unique_lock<std::mutex> lock(g_ahead.lock);
+  for (;;) {
+    const size_t taken = g_ahead.lastTaken + 1;
+    const size_t target = std::min(kChunks, taken + ChunksAhead(taken));
+    faulted = std::max(faulted, taken);
+    if (faulted >= target) {
+      g_ahead.wake.wait(lock);
+      continue;
+    }
+    lock.unlock();
+    if (madvise(g_base + faulted * kChunk, (target - faulted) * kChunk, MADV_POPULATE_WRITE) != 0) {
+      // No MADV_POPULATE_WRITE in this kernel: the conversion faults its own pages.
+      lock.lock();
+      for (;;) g_ahead.wake.wait(lock);
+    }
+    faulted = target;
+    lock.lock();
+  }
+}
+
+void PrefaultBeyond(size_t chunk) {
+  {
+    const std::lock_guard<std::mutex> guard(g_ahead.lock);
+    g_ahead.lastTaken = std::max(g_ahead.lastTaken, chunk);
+  }
+  g_ahead.wake.notify_one();
+}
+
 struct ThreadArena {
   int scopes = 0;
   char* next[kKinds] = {};  // the free space of the current chunk of each kind
@@ -84,7 +141,7 @@ struct ThreadArena {
       if (chunk >= kChunks) return false;
       g_kindOf[chunk] = kind;
       held.push_back(chunk);
-      if (held.size() > kSmallPageChunks) madvise(g_base + chunk * kChunk, kChunk, MADV_HUGEPAGE);
+      PrefaultBeyond(chunk);
     }
     ++chunksInUse[kind];
     next[kind] = g_base + chunk * kChunk;
@@ -208,11 +265,13 @@ bool InstallArena() {
   if (reserved == MAP_FAILED) return false;
   const uintptr_t start = reinterpret_cast<uintptr_t>(reserved);
   g_base = reinterpret_cast<char*>((start + kChunk - 1) & ~(uintptr_t{kChunk} - 1));
+  madvise(g_base + kSmallPageChunks * kChunk, kReserved - kSmallPageChunks * kChunk, MADV_HUGEPAGE);
   if (xmlMemSetup(Free, Allocate, Reallocate, Duplicate) != 0) {
     munmap(reserved, kReserved + kChunk);
     g_base = nullptr;
     return false;
   }
+  std::thread(FaultInAhead).detach();
   // libxml2 makes its process-wide tables (encoding handlers, input and
   // output callbacks) on first use; they must come from malloc, not from the
   // scope of whichever thread happens to parse first.
