@@ -35,9 +35,11 @@ constexpr int kTemporarySlots = 256;
 constexpr size_t kTemporaryPathSize = 4096;
 struct TemporarySlot {
   std::atomic<int> state{0};
-  char path[kTemporaryPathSize];
+  char path[kTemporaryPathSize]{};
 };
-TemporarySlot g_temporaries[kTemporarySlots];
+// Zero before the program starts, without a page of it touched: a megabyte
+// of table that most runs never use costs no memory.
+constinit TemporarySlot g_temporaries[kTemporarySlots]{};
 
 int RegisterTemporary(const std::string& path) noexcept {
   if (path.size() >= kTemporaryPathSize) return -1;

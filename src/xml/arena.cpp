@@ -88,10 +88,9 @@ Ahead& g_ahead = *new Ahead;
 
 // How far ahead of `taken` chunks the pages are faulted in: a thirty-second
 // of what the documents hold, so that the pages faulted and never used are
-// little beside the peak, and nothing for a small score, whose faults cost
-// little.
+// little beside the peak.
 size_t ChunksAhead(size_t taken) {
-  return taken < 32 ? 0 : std::clamp<size_t>(taken / 32, 1, 16);
+  return std::clamp<size_t>(taken / 32, 1, 16);
 }
 
 [[noreturn]] void FaultInAhead() {
