@@ -9,6 +9,8 @@
 #include <fstream>
 #include <string>
 
+#include "component/sanitizers.h"
+
 // Building a score allocates some ninety bytes of small libxml2 nodes for each
 // byte of MuseData. On 4 KiB pages the kernel takes a page fault for every page
 // the allocator first touches, and those faults cost more than the conversion
@@ -25,21 +27,6 @@ namespace musedata::tool {
 namespace {
 
 constexpr const char* kTunable = "glibc.malloc.hugetlb=1";
-
-bool BuiltWithSanitizer() {
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-  return true;
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer) || \
-    __has_feature(memory_sanitizer)
-  return true;
-#else
-  return false;
-#endif
-#else
-  return false;
-#endif
-}
 
 // Whether the kernel hands out transparent huge pages to a process that asks.
 // Files given by name smaller than this in all are converted without the

@@ -15,6 +15,8 @@
 #include <thread>
 #include <vector>
 
+#include "component/sanitizers.h"
+
 namespace musedata::xml {
 namespace {
 
@@ -235,21 +237,6 @@ char* Duplicate(const char* text) {
   char* copy = static_cast<char*>(Allocate(size));
   if (copy) std::memcpy(copy, text, size);
   return copy;
-}
-
-bool BuiltWithSanitizer() {
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-  return true;
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer) || \
-    __has_feature(memory_sanitizer)
-  return true;
-#else
-  return false;
-#endif
-#else
-  return false;
-#endif
 }
 
 }  // namespace
