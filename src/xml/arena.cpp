@@ -84,7 +84,7 @@ Kind KindOf(const void* pointer) {
 struct Ahead {
   std::mutex lock;
   std::condition_variable wake;
-  size_t lastTaken = 0;  // guarded by `lock`
+  size_t taken = 0;  // chunks [0, taken) are handed out; guarded by `lock`
 };
 Ahead& g_ahead = *new Ahead;
 
@@ -99,8 +99,9 @@ size_t ChunksAhead(size_t taken) {
   size_t faulted = 0;  // chunks [0, faulted) are mapped or taken
   std::unique_lock<std::mutex> lock(g_ahead.lock);
   for (;;) {
-    const size_t taken = g_ahead.lastTaken + 1;
-    const size_t target = std::min(kChunks, taken + ChunksAhead(taken));
+    // Nothing is faulted in before the first document is begun.
+    const size_t taken = g_ahead.taken;
+    const size_t target = taken == 0 ? 0 : std::min(kChunks, taken + ChunksAhead(taken));
     faulted = std::max(faulted, taken);
     if (faulted >= target) {
       g_ahead.wake.wait(lock);
@@ -120,7 +121,7 @@ size_t ChunksAhead(size_t taken) {
 void PrefaultBeyond(size_t chunk) {
   {
     const std::lock_guard<std::mutex> guard(g_ahead.lock);
-    g_ahead.lastTaken = std::max(g_ahead.lastTaken, chunk);
+    g_ahead.taken = std::max(g_ahead.taken, chunk + 1);
   }
   g_ahead.wake.notify_one();
 }
