@@ -59,7 +59,8 @@ FinishCounts FinishScore(const Document& document,
       // The passes that walk the measures go measure by measure: a large
       // score does not fit in the cache, and a measure read from memory by
       // the first pass is still there for the others. Each pass sees every
-      // measure as the passes before it left it.
+      // measure as the passes before it left it; the tempo words and the
+      // values change nothing that ties and trill lines read.
       //
       // Ties, trill lines and courtesy accidentals read the chords of each
       // voice, and the values the tuplet ratios. No pass after the voices
@@ -68,20 +69,18 @@ FinishCounts FinishScore(const Document& document,
       // voices are numbered.
       std::vector<finish::TupletNote> tuplets;
       finish::ChordsOfVoices chords;
+      finish::ValueWalk values;
       for (size_t index = 0; index < part.measures.size(); ++index) {
         counts.repeatsMended += finish::MendDoubleRepeat(part, index, context);
         counts.voicesNumbered += finish::NumberVoices(part.measures[index], context);
         finish::ReadChords(part.measures, index, chords, tuplets);
+        counts.tempoWords += finish::AddTempoWords(part.measures[index], context);
+        counts.valuesMended += finish::MendValues(part, index, tuplets, values, context);
       }
       const finish::TieChanges ties = finish::CloseTies(part, chords, context);
       counts.tiesClosed += ties.closed;
       counts.tiesRemoved += ties.removed;
       counts.trillLinesClosed += finish::CloseTrillLines(part, chords, context);
-      finish::ValueWalk values;
-      for (size_t index = 0; index < part.measures.size(); ++index) {
-        counts.tempoWords += finish::AddTempoWords(part.measures[index], context);
-        counts.valuesMended += finish::MendValues(part, index, tuplets, values, context);
-      }
       counts.accidentalsMended += finish::MendCourtesyAccidentals(chords, context);
       counts.instrumentsNamed += finish::NameInstrument(part, context);
     }
