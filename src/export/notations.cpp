@@ -56,6 +56,14 @@ std::string PlainNotationCode(xml::Node notation, PositionFlags& flags) {
   return {};
 }
 
+// The code of the element `name` when the notation codes give it one in
+// `family`; "" for an element of another family or none.
+std::string CodeInFamily(std::string_view name, NotationFamily family) {
+  const char code = NotationCodeFor(name);
+  const auto* entry = FindNotationCode(code);
+  return entry && entry->family == family ? CodeText(code) : std::string();
+}
+
 std::string OrnamentCode(xml::Node ornament) {
   const std::string_view name = ornament.Name();
   // MuseData has one sign for the shake and the inverted mordent.
@@ -68,30 +76,21 @@ std::string OrnamentCode(xml::Node ornament) {
     if (!letters.empty() && ornament.Attr("placement") == "below") letters += 'u';
     return letters;
   }
-  const char code = NotationCodeFor(name);
-  return FindNotationCode(code) && FindNotationCode(code)->family == NotationFamily::Ornament
-             ? CodeText(code)
-             : std::string();
+  return CodeInFamily(name, NotationFamily::Ornament);
 }
 
 std::string TechnicalCode(xml::Node technical) {
   const std::string_view name = technical.Name();
   if (name == "fingering")
     return (technical.Attr("substitution") == "yes" ? ":" : "") + technical.Text();
-  const char code = NotationCodeFor(name);
-  return FindNotationCode(code) && FindNotationCode(code)->family == NotationFamily::Technical
-             ? CodeText(code)
-             : std::string();
+  return CodeInFamily(name, NotationFamily::Technical);
 }
 
 std::string ArticulationCode(xml::Node articulation) {
   const std::string_view name = articulation.Name();
   if (name == "strong-accent")
     return CodeText(NotationCodeFor(name, articulation.Attr("type") == "up" ? "up" : "down"));
-  const char code = NotationCodeFor(name);
-  return FindNotationCode(code) && FindNotationCode(code)->family == NotationFamily::Articulation
-             ? CodeText(code)
-             : std::string();
+  return CodeInFamily(name, NotationFamily::Articulation);
 }
 
 // A run of dynamic letters: "ff", "Zp" for sfp.
