@@ -91,7 +91,6 @@ TEST(OutputTool, EveryKindOfOutputIsWrittenAndStaysWhatItWas) {
 TEST(OutputTool, OutputsThatWouldOverwriteAnInputAreRefused) {
   const TempDir folder;
   const std::string part = Part({"@ violin"});
-  fs::create_directories(folder.Path() + "/in");
   folder.Write("in/a.md", part);
   fs::create_symlink("a.md", folder.Path() + "/in/link.md");
   fs::create_hard_link(folder.Path() + "/in/a.md", folder.Path() + "/in/hard.md");
@@ -198,10 +197,8 @@ TEST(OutputTool, SignalsStopTheConversionAndLeaveNoPartialFile) {
 
 TEST(OutputTool, BatchKeepsFinishedMovementsWhenInterrupted) {
   const TempDir folder;
-  for (const std::string movement : {"one", "two", "three", "four"}) {
-    fs::create_directories(folder.Path() + "/in/" + movement);
+  for (const std::string movement : {"one", "two", "three", "four"})
     folder.Write("in/" + movement + "/part.md", LongPart(movement == "one" ? 100 : 3000));
-  }
   fs::create_directories(folder.Path() + "/out");
   const ToolRun run = Interrupt(
       folder.Path(), {"import", "--batch", "in", "-o", "out"},
@@ -223,10 +220,8 @@ TEST(OutputTool, UnreadableFoldersAndFilesAreNamed) {
   }
   const TempDir folder;
   fs::permissions(folder.Path(), fs::perms::all);
-  for (const std::string movement : {"one", "two", "three", "four"}) {
-    fs::create_directories(folder.Path() + "/in/" + movement);
+  for (const std::string movement : {"one", "two", "three", "four"})
     folder.Write("in/" + movement + "/part.md", Part({"@ " + movement}));
-  }
   fs::create_directories(folder.Path() + "/out");
   fs::permissions(folder.Path() + "/out", fs::perms::all);
   struct Lock {
