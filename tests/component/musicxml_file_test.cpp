@@ -87,7 +87,6 @@ TEST(MusicXmlFile, ReadsTheShapesOtherProgramsWrite) {
 // Every failure is one error naming the file, and the place in it for XML.
 TEST(MusicXmlFile, NamesTheFileAndWhatIsWrongWithIt) {
   const std::string partwise = Score("", kNote);
-  const std::string noRoot = Container("");
   const std::pair<std::string, std::string> rows[] = {
       {"<score-partwise>\n<part>\n</score-partwise>",
        "score.xml, line 3, column 18: not well-formed XML: Premature end of data in tag "
@@ -101,7 +100,7 @@ TEST(MusicXmlFile, NamesTheFileAndWhatIsWrongWithIt) {
             {"s.xml", partwise}}),
        "score.xml: META-INF/container.xml names the score a/s.xml, which the container does not "
        "hold"},
-      {Mxl({{"META-INF/container.xml", noRoot}}),
+      {Mxl({{"META-INF/container.xml", Container("")}}),
        "score.xml: META-INF/container.xml names no root file"},
       {Mxl({{"META-INF/container.xml", "<container>"}}),
        "score.xml: META-INF/container.xml, line 1, column 12: not well-formed XML"},

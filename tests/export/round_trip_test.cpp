@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <regex>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "musedata/score.h"
@@ -116,27 +117,24 @@ std::vector<std::string> Timeline(xml::Node part) {
     int onset = 0;
     for (const xml::Node element : measure.Children()) {
       const std::string_view name = element.Name();
-      const int duration = std::atoi(element.Child("duration").Text().c_str());
-      if (name == "backup") position -= duration;
-      if (name == "forward") position += duration;
+      const std::string duration = element.Child("duration").Text();
+      if (name == "backup") position -= std::atoi(duration.c_str());
+      if (name == "forward") position += std::atoi(duration.c_str());
       if (name == "attributes") lines.push_back(number + " " + Canonical(element));
       if (name != "note") continue;
-      if (!element.Child("chord")) {
-        onset = position;
-        position += duration;
-      }
+      if (!element.Child("chord"))
+        onset = std::exchange(position, position + std::atoi(duration.c_str()));
       const xml::Node pitch = element.Child("pitch");
       std::string line = number + " v" + element.Child("voice").Text() + " @" +
                          std::to_string(onset) + " " +
                          (pitch ? pitch.Child("step").Text() + pitch.Child("alter").Text() +
                                       pitch.Child("octave").Text()
                                 : "rest") +
-                         " d" + element.Child("duration").Text();
+                         " d" + duration;
       for (const xml::Node tie : element.Children("tie"))
         line += " tie-" + std::string(tie.Attr("type"));
-      if (element.Child("grace")) line += " grace";
-      if (element.Child("cue")) line += " cue";
-      lines.push_back(line);
+      lines.push_back(line + (element.Child("grace") ? " grace" : "") +
+                      (element.Child("cue") ? " cue" : ""));
     }
   }
   return lines;

@@ -85,8 +85,7 @@ TEST(Header, EncodingDateIsMonthDayYear) {
       {"2/29/00 X", "<encoding-date>2000-02-29</encoding-date><encoder>X</encoder>"},
       {"2/29/1900 X", "<encoder>2/29/1900 X</encoder>"},
       {"13/1/95 X", "<encoder>13/1/95 X</encoder>"},
-      {"4/12/995 X", "<encoder>4/12/995 X</encoder>"},
-      {"X Y", "<encoder>X Y</encoder>"},
+      {"4/12/995 X", "<encoder>4/12/995 X</encoder>"}, {"X Y", "<encoder>X Y</encoder>"},
   };
   // clang-format on
   for (const auto& [record, expected] : rows)

@@ -33,24 +33,9 @@ TEST(BarLine, NumbersMeasuresFromTheFirstBarLine) {
     EXPECT_EQ(PartXml(records, "//measure/@*|//measure/comment()"), expected) << records[1];
 }
 
-TEST(BarLine, NamesTheBarStyle) {
-  const std::pair<std::string, std::string> rows[] = {{"mdotted 2", "dotted"},
-                                                      {"mdouble 2", "light-light"},
-                                                      {"mheavy1 2", "heavy"},
-                                                      {"mheavy4 2", "heavy-heavy"},
-                                                      {"mheavy5 2", ""}};
-  for (const auto& [record, style] : rows) {
-    EXPECT_EQ(PartXml({"@ a", record, "@ b"}, "//barline"),
-              style.empty()
-                  ? ""
-                  : R"(<barline location="right"><bar-style>)" + style + "</bar-style></barline>")
-        << record;
-  }
-}
-
 // Each row: the bar record closing measure 1, and the bar lines of the closed
-// measure (right) and of the new one (left).
-TEST(BarLine, PutsFlagsOnTheRightOrLeftBarLine) {
+// measure (right, with the bar style) and of the new one (left).
+TEST(BarLine, PutsStyleAndFlagsOnTheRightOrLeftBarLine) {
   const std::string fl = "<footnote>f</footnote><level>1</level>";
   const std::string right = R"(<barline location="right">)";
   const std::string left = R"(<barline location="left">)";
@@ -58,6 +43,11 @@ TEST(BarLine, PutsFlagsOnTheRightOrLeftBarLine) {
   const std::string backward = R"(<repeat direction="backward"/></barline>)";
   // clang-format off
   const std::pair<std::string, std::string> rows[] = {
+      {"mdotted 2", right + "<bar-style>dotted</bar-style></barline>"},
+      {"mdouble 2", right + "<bar-style>light-light</bar-style></barline>"},
+      {"mheavy1 2", right + "<bar-style>heavy</bar-style></barline>"},
+      {"mheavy4 2", right + "<bar-style>heavy-heavy</bar-style></barline>"},
+      {"mheavy5 2", ""},  // no such style
       {"measure 2       :|:", right + backward + left + forward},
       // The later ending flag wins.
       {"measure 2       stop-end1disc-end2",

@@ -129,9 +129,8 @@ TEST(RecordReader, ProgressCountsEveryRecordAndItsLineEnd) {
   // Without "/END", one further call finds the end of the data and reports once more.
   const Followed open = Follow(PlainHeader() + Lines({"$ K:0 Q:4 T:3/4 C:4", "@ one", "@ two"}));
   EXPECT_TRUE(open.result);
-  ASSERT_EQ(open.records.size(), 15u);
-  EXPECT_EQ(open.records[13], "@ two");
-  EXPECT_EQ(open.records[14], "@ two");
+  EXPECT_EQ(std::vector<std::string>(open.records.begin() + 12, open.records.end()),
+            (std::vector<std::string>{"@ one", "@ two", "@ two"}));
 }
 
 // The part arrays start with room for 100 parts and grow past it.

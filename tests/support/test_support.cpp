@@ -29,7 +29,8 @@ TempDir::~TempDir() {
 }
 
 std::string TempDir::Write(const std::string& name, const std::string& content) const {
-  const std::string path = (std::filesystem::path(m_path) / name).string();
+  const std::filesystem::path path = std::filesystem::path(m_path) / name;
+  std::filesystem::create_directories(path.parent_path());
   std::ofstream(path, std::ios::binary) << content;
   return path;
 }

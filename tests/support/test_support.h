@@ -16,7 +16,8 @@ class TempDir {
   TempDir(const TempDir&) = delete;
   TempDir& operator=(const TempDir&) = delete;
   const std::string& Path() const { return m_path; }
-  // Writes `content` to the file `name` in the folder and returns its path.
+  // Writes `content` to the file `name` in the folder, making the folders the name
+  // passes through, and returns its path.
   std::string Write(const std::string& name, const std::string& content) const;
 
  private:

@@ -159,16 +159,10 @@ TEST(Corpus, CodePage437AndUtf8GiveTheSameScore) {
 
 TEST(Corpus, BatchConvertsGoodMovementsAndListsBadOnes) {
   const TempDir root;
-  const fs::path in = fs::path(root.Path()) / "in";
-  fs::create_directories(in / "bach" / "mov1");
-  fs::create_directories(in / "sets");
-  fs::create_directories(in / "broken");
-  fs::create_directories(in / "zips");
-  fs::create_directories(in / ".hidden");
-  fs::copy(kData + "/sets/trio.msd", in / "sets" / "trio.msd");
-  fs::copy(kData + "/sets/toggle.msd", in / "sets" / "toggle.msd");
+  for (const std::string set : {"trio.msd", "toggle.msd"})
+    root.Write("in/sets/" + set, ReadFile(kData + "/sets/" + set));
   // Part files of one folder are one movement, whether or not one ends with "/eof".
-  fs::copy(kData + "/encodings/muller-utf8.md", in / "bach" / "mov1" / "01");
+  root.Write("in/bach/mov1/01", ReadFile(kData + "/encodings/muller-utf8.md"));
   root.Write("in/bach/mov1/02.md", ReadFile(kData + "/encodings/muller-cp437.md") + "/eof\n");
   std::vector<ZipEntry> aria;
   for (const char* name : {"01-soprano.md", "02-violino.md", "03-organo.md"})

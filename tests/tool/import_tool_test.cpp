@@ -25,7 +25,6 @@ std::string Contents(const std::string& xml) {
 // A folder stands for its visible files in natural name order, not its subfolders.
 TEST(ImportTool, LoadsEveryInputAsTheNextPart) {
   const TempDir folder;
-  fs::create_directories(folder.Path() + "/set/inner");
   for (const std::string name : {"part10", "part2", "part1", ".hidden"})
     folder.Write("set/" + name + ".md", Part({"@ " + name}));
   folder.Write("set/inner/part3.md", Part({"@ part3"}));
