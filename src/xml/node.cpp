@@ -455,36 +455,5 @@ std::string NodeToString(Node node) {
                      static_cast<size_t>(xmlBufferLength(buffer.get())));
 }
 
-std::string ToIndentedString(const Document& doc) {
-  if (!doc) return {};
-  xmlChar* buffer = nullptr;
-  int size = 0;
-  xmlDocDumpFormatMemoryEnc(doc.get(), &buffer, &size, "UTF-8", 1);
-  std::unique_ptr<xmlChar, decltype(xmlFree)> owned(buffer, xmlFree);
-  if (!buffer) throw RunTimeError::OutOfMemory();
-  return std::string(reinterpret_cast<const char*>(buffer), static_cast<size_t>(size));
-}
-
-bool WriteIndented(const Document& doc, const std::function<bool(std::string_view)>& write) {
-  if (!doc) return true;
-  struct Sink {
-    const std::function<bool(std::string_view)>& write;
-    bool failed = false;
-  } sink{write};
-  const auto put = [](void* context, const char* text, int length) -> int {
-    auto& target = *static_cast<Sink*>(context);
-    if (!target.failed && !target.write(std::string_view(text, static_cast<size_t>(length))))
-      target.failed = true;
-    return length;
-  };
-  // The same encoder as the in-memory dump, so the two texts are identical.
-  xmlOutputBuffer* output =
-      xmlOutputBufferCreateIO(put, nullptr, &sink, xmlFindCharEncodingHandler("UTF-8"));
-  if (!output) throw RunTimeError::OutOfMemory();
-  // Closes the buffer, which hands its last piece to `write`.
-  const bool saved = xmlSaveFormatFileTo(output, doc.get(), "UTF-8", 1) >= 0;
-  return saved && !sink.failed;
-}
-
 }  // namespace xml
 }  // namespace musedata

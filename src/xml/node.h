@@ -174,7 +174,9 @@ Document CopyDocument(const Document& doc);
 // Serialises one node and everything below it, without indentation.
 std::string NodeToString(Node node);
 
-// Serialises the document as indented UTF-8 text.
+// Serialises the document as indented UTF-8 text: libxml2's formatted text
+// ("UTF-8", two spaces per level), byte for byte, written by a writer of our
+// own for the documents it can write and by libxml2 for the others.
 std::string ToIndentedString(const Document& doc);
 // Hands the same text as ToIndentedString to `write`, piece by piece, without
 // holding the whole text in memory. Once `write` answers false the rest of the
