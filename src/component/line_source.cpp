@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "component/trap.h"
+#include "encoding/record_view.h"
 
 namespace musedata {
 
@@ -31,18 +32,7 @@ LineSource::LineSource(std::string name, std::string_view bytes, TextEncoding en
 
 std::string_view LineSource::ReadLine() noexcept {
   if (AtEnd()) return {};
-  const size_t start = m_position;
-  const size_t end = m_text.find_first_of("\r\n", start);
-  std::string_view line;
-  if (end == std::string::npos) {
-    line = std::string_view(m_text).substr(start);
-    m_position = m_text.size();
-  } else {
-    line = std::string_view(m_text).substr(start, end - start);
-    m_position = end + 1;
-    if (m_text[end] == '\r' && m_position < m_text.size() && m_text[m_position] == '\n')
-      ++m_position;
-  }
+  const std::string_view line = TakeLine(m_text, m_position);
   ++m_line;
   return line;
 }

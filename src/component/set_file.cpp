@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "encoding/code_pages.h"
+#include "encoding/record_view.h"
 
 namespace musedata {
 namespace {
@@ -66,20 +67,13 @@ bool IsGroupMemberships(std::string_view line) {
 std::vector<Line> ReadLines(std::string_view bytes) {
   constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
   std::vector<Line> lines;
+  lines.reserve(bytes.size() / 32 + 1);  // MuseData lines run to some forty bytes
   bool inBlock = false;
   size_t position = 0;
   while (position < bytes.size()) {
     Line line;
     line.start = position;
-    const size_t end = bytes.find_first_of("\r\n", position);
-    if (end == std::string_view::npos) {
-      line.text = bytes.substr(position);
-      position = bytes.size();
-    } else {
-      line.text = bytes.substr(position, end - position);
-      position = end + 1;
-      if (bytes[end] == '\r' && position < bytes.size() && bytes[position] == '\n') ++position;
-    }
+    line.text = TakeLine(bytes, position);
     if (line.start == 0 && line.text.starts_with(kByteOrderMark))
       line.text.remove_prefix(kByteOrderMark.size());
     const char first = line.text.empty() ? '\0' : line.text.front();

@@ -42,8 +42,28 @@ std::string_view FirstCharacters(std::string_view text, int32_t count) noexcept 
   return text.substr(0, end);
 }
 
+namespace {
+// The first CR or LF at or after `from`, or the end of the text. A plain loop:
+// find_first_of would search its set of two characters once per byte.
+size_t LineEndFrom(std::string_view text, size_t from) noexcept {
+  while (from < text.size() && text[from] != '\n' && text[from] != '\r') ++from;
+  return from;
+}
+}  // namespace
+
 std::string_view FirstLine(std::string_view text) noexcept {
-  return text.substr(0, text.find_first_of("\r\n"));
+  return text.substr(0, LineEndFrom(text, 0));
+}
+
+std::string_view TakeLine(std::string_view text, size_t& position) noexcept {
+  const size_t start = std::min(position, text.size());
+  const size_t end = LineEndFrom(text, start);
+  position = end;
+  if (end < text.size()) {
+    ++position;
+    if (text[end] == '\r' && position < text.size() && text[position] == '\n') ++position;
+  }
+  return text.substr(start, end - start);
 }
 
 RecordView::RecordView(std::string_view record) : m_text(record) {

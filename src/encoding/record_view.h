@@ -28,6 +28,9 @@ int32_t CharacterCount(std::string_view text) noexcept;
 std::string_view FirstCharacters(std::string_view text, int32_t count) noexcept;
 // The text before its first line end (CR or LF); all of it when there is none.
 std::string_view FirstLine(std::string_view text) noexcept;
+// The line of `text` that starts at `position`, without its end; `position`
+// moves past the end ("\r\n", "\n" or "\r") to the next line.
+std::string_view TakeLine(std::string_view text, size_t& position) noexcept;
 
 class RecordView {
  public:
