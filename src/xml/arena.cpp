@@ -29,7 +29,9 @@ constexpr size_t kReserved = size_t{64} << 30;
 constexpr size_t kChunk = size_t{2} << 20;
 constexpr size_t kChunks = kReserved / kChunk;
 // Larger blocks (the parser's and writer's buffers, the dictionary's pools)
-// are few and grow by reallocation: malloc serves them better.
+// are few and grow by reallocation: malloc serves them better. Those taken
+// while a scope is open are noted and freed with the scope, so that the
+// documents of a scope can be dropped without being freed node by node.
 constexpr size_t kLargest = 64 << 10;
 // The first chunks stay on small pages, so that a small score does not round
 // its memory up to whole huge pages.
@@ -132,6 +134,36 @@ struct ThreadArena {
   char* end[kKinds] = {};
   std::vector<size_t> chunks[kKinds];  // every chunk this thread has taken, by kind
   size_t chunksInUse[kKinds] = {};
+  std::vector<void*> large;  // blocks from malloc while a scope is open, still held
+
+  void* TakeLarge(size_t size) {
+    void* block = std::malloc(size);
+    if (block && scopes > 0) large.push_back(block);
+    return block;
+  }
+
+  // Where `block` is among the large blocks of the scope, or their end.
+  std::vector<void*>::iterator FindLarge(void* block) {
+    // The last taken is the likeliest to go first.
+    for (auto at = large.end(); at != large.begin();)
+      if (*--at == block) return at;
+    return large.end();
+  }
+
+  void FreeLarge(void* block) {
+    if (const auto at = FindLarge(block); at != large.end()) {
+      *at = large.back();
+      large.pop_back();
+    }
+    std::free(block);
+  }
+
+  void* ResizeLarge(void* block, size_t size) {
+    const auto at = FindLarge(block);
+    void* moved = std::realloc(block, size);
+    if (moved && at != large.end()) *at = moved;
+    return moved;
+  }
 
   bool NextChunk(Kind kind) {
     size_t chunk;
@@ -174,6 +206,8 @@ struct ThreadArena {
   }
 
   void Release() {
+    for (void* block : large) std::free(block);
+    large.clear();
     std::fill(std::begin(chunksInUse), std::end(chunksInUse), 0);
     std::fill(std::begin(next), std::end(next), nullptr);
     std::fill(std::begin(end), std::end(end), nullptr);
@@ -190,13 +224,13 @@ uint64_t SizeOf(const char* payload) {
 
 void* Allocate(size_t size) {
   if (char* block = t_arena.Take(size)) return block;
-  return std::malloc(size);
+  return t_arena.TakeLarge(size);
 }
 
 // Freeing is a no-op for arena blocks, except that the last block cut goes
 // back, which serves the parser's short-lived buffers.
 void Free(void* pointer) {
-  if (!InArena(pointer)) return std::free(pointer);
+  if (!InArena(pointer)) return t_arena.FreeLarge(pointer);
   char* block = static_cast<char*>(pointer);
   const Kind kind = KindOf(block);
   if (kind == kSized) {
@@ -209,7 +243,7 @@ void Free(void* pointer) {
 
 void* Reallocate(void* pointer, size_t size) {
   if (!pointer) return Allocate(size);
-  if (!InArena(pointer)) return std::realloc(pointer, size);
+  if (!InArena(pointer)) return t_arena.ResizeLarge(pointer, size);
   char* block = static_cast<char*>(pointer);
   const Kind kind = KindOf(block);
   size_t old = kind == kNode ? sizeof(xmlNode) : kind == kAttribute ? sizeof(xmlAttr) : 0;
@@ -272,6 +306,10 @@ ArenaScope::ArenaScope() {
 
 ArenaScope::~ArenaScope() {
   if (--t_arena.scopes == 0) t_arena.Release();
+}
+
+bool ArenaReclaims(const void* block) {
+  return t_arena.scopes > 0 && InArena(block);
 }
 
 size_t ArenaBytesHeld() {

@@ -37,6 +37,10 @@ class ArenaScope {
   ArenaScope& operator=(const ArenaScope&) = delete;
 };
 
+// Whether `block` is the arena's and comes back when the calling thread's
+// scope closes: a document in it need not be freed node by node.
+bool ArenaReclaims(const void* block);
+
 // Bytes of the reservation that the calling thread holds (in use or kept for
 // reuse), for the tests.
 size_t ArenaBytesHeld();

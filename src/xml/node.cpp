@@ -1,9 +1,6 @@
 #include "xml/node.h"
 
-#include <libxml/encoding.h>
 #include <libxml/parser.h>
-#include <libxml/xmlIO.h>
-#include <libxml/xmlsave.h>
 
 #include <charconv>
 #include <cstring>
@@ -11,10 +8,19 @@
 #include <mutex>
 
 #include "component/trap.h"
+#include "xml/arena.h"
 
 namespace musedata {
 
-Document::Document(xmlDocPtr doc) : m_doc(doc, xmlFreeDoc) {
+namespace {
+// A document in the tool's arena comes back whole when its scope closes;
+// freeing it node by node first would only walk the whole tree once more.
+void FreeDocument(xmlDoc* doc) {
+  if (!xml::ArenaReclaims(doc)) xmlFreeDoc(doc);
+}
+}  // namespace
+
+Document::Document(xmlDocPtr doc) : m_doc(doc, FreeDocument) {
   if (!doc) m_doc.reset();
 }
 
