@@ -64,10 +64,9 @@ bool IsGroupMemberships(std::string_view line) {
 // one "&" line to the next. "/END", "/eof" and "//" close the part they stand
 // in, so a block that a damaged toggle line left open ends there too, as the
 // reader of that part ends there.
-std::vector<Line> ReadLines(std::string_view bytes) {
+void ReadLines(std::string_view bytes, std::vector<Line>& lines) {
   constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
-  std::vector<Line> lines;
-  lines.reserve(bytes.size() / 32 + 1);  // MuseData lines run to some forty bytes
+  lines.clear();
   bool inBlock = false;
   size_t position = 0;
   while (position < bytes.size()) {
@@ -87,7 +86,6 @@ std::vector<Line> ReadLines(std::string_view bytes) {
     }
     lines.push_back(line);
   }
-  return lines;
 }
 
 constexpr size_t kNone = SIZE_MAX;
@@ -146,7 +144,17 @@ void AddStrayLines(const std::vector<Line>& lines, size_t first, size_t last,
 }  // namespace
 
 SetFileLayout SetFileParts(std::string_view bytes) {
-  const std::vector<Line> lines = ReadLines(bytes);
+  // Kept from file to file: a batch splits thousands of files, and a fresh
+  // table of lines for each would be fresh pages for each. The table of a
+  // very large file is not kept.
+  constexpr size_t kLinesKept = 64 << 10;
+  thread_local std::vector<Line> lines;
+  struct Trim {
+    ~Trim() {
+      if (lines.capacity() > kLinesKept) std::vector<Line>().swap(lines);
+    }
+  } trim;
+  ReadLines(bytes, lines);
   // Each part's group-membership record; and the "/END" of a part whose
   // header a comment block swallowed (its closing toggle damaged), so that
   // such a part is still found and its reader can say where the block began.
