@@ -18,7 +18,8 @@
 //
 // Documents with anything these rules do not cover (namespaces, a DTD with
 // declarations, another XML version, detached attributes, libxml2's
-// formatting settings changed by a host) go through libxml2's own writer.
+// formatting settings changed by a host) go through libxml2's own writer,
+// from the first such node on.
 
 #include <libxml/encoding.h>
 #include <libxml/globals.h>
@@ -27,6 +28,8 @@
 #include <libxml/xmlsave.h>
 
 #include <algorithm>
+#include <array>
+#include <cstdint>
 #include <cstring>
 #include <memory>
 #include <string>
@@ -55,101 +58,76 @@ bool WritableAttributes(const xmlNode* element) {
   return true;
 }
 
-// Whether every node of the document is of a kind this writer writes as
-// libxml2 does.
-bool Writable(const xmlDoc* doc) {
+// Whether the document's prolog and libxml2's settings are ones this writer
+// follows; its nodes are checked as they are written.
+bool WritableProlog(const xmlDoc* doc) {
   if (!IsDefaultIndentation() || (doc->version && View(doc->version) != "1.0")) return false;
   for (const xmlNode* top = doc->children; top; top = top->next) {
-    if (top->type == XML_DTD_NODE) {
-      const auto* dtd = reinterpret_cast<const xmlDtd*>(top);
-      if (dtd->entities || dtd->elements || dtd->attributes || dtd->notations || dtd->pentities ||
-          (dtd->ExternalID && !dtd->SystemID))
-        return false;
-      continue;
-    }
-    const xmlNode* node = top;
-    while (node) {
-      switch (node->type) {
-        case XML_ELEMENT_NODE:
-          if (node->ns || node->nsDef || !WritableAttributes(node)) return false;
-          break;
-        case XML_TEXT_NODE:
-        case XML_CDATA_SECTION_NODE:
-        case XML_ENTITY_REF_NODE:
-        case XML_COMMENT_NODE:
-        case XML_PI_NODE:
-        case XML_XINCLUDE_START:
-        case XML_XINCLUDE_END: break;
-        default: return false;
-      }
-      if (node->type == XML_ELEMENT_NODE && node->children) {
-        node = node->children;
-        continue;
-      }
-      while (node != top && !node->next) node = node->parent;
-      node = node == top ? nullptr : node->next;
-    }
+    if (top->type != XML_DTD_NODE) continue;
+    const auto* dtd = reinterpret_cast<const xmlDtd*>(top);
+    if (dtd->entities || dtd->elements || dtd->attributes || dtd->notations || dtd->pentities ||
+        (dtd->ExternalID && !dtd->SystemID))
+      return false;
   }
   return true;
 }
 
-// Collects the text in pieces of about kPiece bytes for `write`; once `write`
-// answers false, the rest is dropped.
+// Which bytes text and attribute values write as references.
+enum Escape : uint8_t { kPlain = 0, kInText = 1, kInValue = 2 };
+constexpr auto kEscapes = [] {
+  std::array<uint8_t, 256> table{};
+  for (unsigned char c : {'&', '<', '>', '\r'}) table[c] = kInText | kInValue;
+  for (unsigned char c : {'"', '\n', '\t'}) table[c] = kInValue;
+  return table;
+}();
+
+std::string_view Reference(char c) {
+  switch (c) {
+    case '&': return "&amp;";
+    case '<': return "&lt;";
+    case '>': return "&gt;";
+    case '"': return "&quot;";
+    case '\n': return "&#10;";
+    case '\r': return "&#13;";
+    default: return "&#9;";
+  }
+}
+
+// Collects the text in a buffer and hands it to `write` a piece of at most
+// kPiece bytes at a time; once `write` answers false, the rest is dropped.
 class Output {
  public:
-  explicit Output(const std::function<bool(std::string_view)>& write) : m_write(write) {
-    m_text.reserve(kPiece + kPiece / 2);
-  }
+  explicit Output(const std::function<bool(std::string_view)>& write)
+      : m_write(write), m_buffer(new char[kPiece]), m_at(m_buffer.get()) {}
 
   void Put(std::string_view text) {
-    m_text.append(text);
-    if (m_text.size() >= kPiece) Flush();
+    if (text.size() > Room()) {
+      Flush();
+      if (text.size() > Room()) return Hand(text);
+    }
+    std::memcpy(m_at, text.data(), text.size());
+    m_at += text.size();
   }
-  void Put(char c) { m_text.push_back(c); }
+  void Put(char c) {
+    if (Room() == 0) Flush();
+    *m_at++ = c;
+  }
 
-  // Text with "&", "<", ">" and carriage returns as references.
-  void PutEscapedText(const xmlChar* text) {
+  // Text or an attribute value (`escape` says which), with its references.
+  void PutEscaped(const xmlChar* text, Escape escape) {
     const char* run = reinterpret_cast<const char*>(text);
-    const char* at = run;
-    for (;; ++at) {
-      const char* reference;
-      switch (*at) {
-        case '\0': Put(std::string_view(run, static_cast<size_t>(at - run))); return;
-        case '&': reference = "&amp;"; break;
-        case '<': reference = "&lt;"; break;
-        case '>': reference = "&gt;"; break;
-        case '\r': reference = "&#13;"; break;
-        default: continue;
-      }
-      m_text.append(run, static_cast<size_t>(at - run)).append(reference);
+    for (const char* at = run;; ++at) {
+      const unsigned char c = static_cast<unsigned char>(*at);
+      if (c == 0) return Put(std::string_view(run, static_cast<size_t>(at - run)));
+      if (!(kEscapes[c] & escape)) continue;
+      Put(std::string_view(run, static_cast<size_t>(at - run)));
+      Put(Reference(*at));
       run = at + 1;
     }
   }
 
-  // An attribute value: text's references and those of '"', line feeds and tabs.
-  void PutEscapedValue(const xmlChar* text) {
-    const char* run = reinterpret_cast<const char*>(text);
-    const char* at = run;
-    for (;; ++at) {
-      const char* reference;
-      switch (*at) {
-        case '\0': Put(std::string_view(run, static_cast<size_t>(at - run))); return;
-        case '&': reference = "&amp;"; break;
-        case '<': reference = "&lt;"; break;
-        case '>': reference = "&gt;"; break;
-        case '"': reference = "&quot;"; break;
-        case '\n': reference = "&#10;"; break;
-        case '\r': reference = "&#13;"; break;
-        case '\t': reference = "&#9;"; break;
-        default: continue;
-      }
-      m_text.append(run, static_cast<size_t>(at - run)).append(reference);
-      run = at + 1;
-    }
-  }
-
-  // A quoted literal of the DOCTYPE or the declaration: in double quotes,
-  // unless it holds one and no single quote.
+  // A quoted literal of the DOCTYPE: in double quotes, unless it holds one
+  // and no single quote.
   void PutQuoted(std::string_view text) {
     if (text.find('"') == std::string_view::npos) {
       Put('"');
@@ -172,6 +150,10 @@ class Output {
     Put(kSpaces.substr(0, 2 * static_cast<size_t>(std::min(level, kDeepestIndent))));
   }
 
+  // Bytes `write` has taken, and whether it refused a piece.
+  size_t Handed() const { return m_handed; }
+  bool Failed() const { return m_failed; }
+
   // Hands over what is left; false when `write` refused any piece.
   bool Finish() {
     Flush();
@@ -182,13 +164,25 @@ class Output {
   static constexpr size_t kPiece = 64 * 1024;
   static constexpr int kDeepestIndent = 30;
 
+  size_t Room() const { return static_cast<size_t>(m_buffer.get() + kPiece - m_at); }
+
+  void Hand(std::string_view text) {
+    if (m_failed || text.empty()) return;
+    if (m_write(text))
+      m_handed += text.size();
+    else
+      m_failed = true;
+  }
+
   void Flush() {
-    if (!m_failed && !m_text.empty() && !m_write(m_text)) m_failed = true;
-    m_text.clear();
+    Hand(std::string_view(m_buffer.get(), static_cast<size_t>(m_at - m_buffer.get())));
+    m_at = m_buffer.get();
   }
 
   const std::function<bool(std::string_view)>& m_write;
-  std::string m_text;
+  std::unique_ptr<char[]> m_buffer;
+  char* m_at;
+  size_t m_handed = 0;
   bool m_failed = false;
 };
 
@@ -231,7 +225,7 @@ void PutStartTag(Output& out, const xmlNode* element) {
     out.Put("=\"");
     for (const xmlNode* child = attr->children; child; child = child->next) {
       if (child->type == XML_TEXT_NODE) {
-        if (child->content) out.PutEscapedValue(child->content);
+        if (child->content) out.PutEscaped(child->content, kInValue);
       } else {
         out.Put('&');
         out.Put(View(child->name));
@@ -244,7 +238,9 @@ void PutStartTag(Output& out, const xmlNode* element) {
 
 // One child of the document and everything below it, walked without
 // recursion as libxml2 walks it.
-void PutTree(Output& out, const xmlNode* root) {
+// Returns false, having written nothing of it, at the first node that this
+// writer leaves to libxml2.
+bool PutTree(Output& out, const xmlNode* root) {
   const xmlNode* node = root;
   const xmlNode* unformatted = nullptr;  // the element whose content is written as it stands
   bool format = true;
@@ -252,6 +248,7 @@ void PutTree(Output& out, const xmlNode* root) {
   for (;;) {
     switch (node->type) {
       case XML_ELEMENT_NODE:
+        if (node->ns || node->nsDef || !WritableAttributes(node)) return false;
         if (node != root && format) out.Indent(level);
         PutStartTag(out, node);
         if (!node->children) {
@@ -272,7 +269,7 @@ void PutTree(Output& out, const xmlNode* root) {
         if (node->name == xmlStringTextNoenc)
           out.Put(View(node->content));
         else
-          out.PutEscapedText(node->content);
+          out.PutEscaped(node->content, kInText);
         break;
       case XML_CDATA_SECTION_NODE: PutCData(out, node->content); break;
       case XML_ENTITY_REF_NODE:
@@ -298,10 +295,12 @@ void PutTree(Output& out, const xmlNode* root) {
         }
         out.Put("?>");
         break;
-      default: break;
+      case XML_XINCLUDE_START:
+      case XML_XINCLUDE_END: break;
+      default: return false;
     }
     for (;;) {
-      if (node == root) return;
+      if (node == root) return true;
       if (format && node->type != XML_XINCLUDE_START && node->type != XML_XINCLUDE_END)
         out.Put('\n');
       if (node->next) {
@@ -322,7 +321,7 @@ void PutTree(Output& out, const xmlNode* root) {
   }
 }
 
-void PutDocument(Output& out, const xmlDoc* doc) {
+bool PutDocument(Output& out, const xmlDoc* doc) {
   out.Put("<?xml version=\"1.0\" encoding=\"UTF-8\"");
   if (doc->standalone == 0) out.Put(" standalone=\"no\"");
   if (doc->standalone == 1) out.Put(" standalone=\"yes\"");
@@ -342,23 +341,31 @@ void PutDocument(Output& out, const xmlDoc* doc) {
         out.PutQuoted(View(dtd->SystemID));
       }
       out.Put('>');
-    } else {
-      PutTree(out, top);
+    } else if (!PutTree(out, top)) {
+      return false;
     }
     if (top->type != XML_XINCLUDE_START && top->type != XML_XINCLUDE_END) out.Put('\n');
   }
+  return true;
 }
 
 // libxml2's own writer, for the documents the writer above leaves to it.
-bool LibxmlWriteIndented(const Document& doc, const std::function<bool(std::string_view)>& write) {
+// The first `skip` bytes of its text, which the writer above has handed over
+// already, are not handed over again.
+bool LibxmlWriteIndented(const Document& doc, const std::function<bool(std::string_view)>& write,
+                         size_t skip) {
   struct Sink {
     const std::function<bool(std::string_view)>& write;
+    size_t skip;
     bool failed = false;
-  } sink{write};
+  } sink{write, skip};
   const auto put = [](void* context, const char* text, int length) -> int {
     auto& target = *static_cast<Sink*>(context);
-    if (!target.failed && !target.write(std::string_view(text, static_cast<size_t>(length))))
-      target.failed = true;
+    std::string_view piece(text, static_cast<size_t>(length));
+    const size_t skipped = std::min(target.skip, piece.size());
+    piece.remove_prefix(skipped);
+    target.skip -= skipped;
+    if (!target.failed && !piece.empty() && !target.write(piece)) target.failed = true;
     return length;
   };
   xmlOutputBuffer* output =
@@ -373,10 +380,14 @@ bool LibxmlWriteIndented(const Document& doc, const std::function<bool(std::stri
 
 bool WriteIndented(const Document& doc, const std::function<bool(std::string_view)>& write) {
   if (!doc) return true;
-  if (!Writable(doc.get())) return LibxmlWriteIndented(doc, write);
+  if (!WritableProlog(doc.get())) return LibxmlWriteIndented(doc, write, 0);
   Output out(write);
-  PutDocument(out, doc.get());
-  return out.Finish();
+  if (PutDocument(out, doc.get())) return out.Finish();
+  // A node met on the way is left to libxml2. What went out so far is the
+  // start of libxml2's text too, since nothing written before a node depends
+  // on what follows it; libxml2 writes the rest.
+  if (out.Failed()) return false;
+  return LibxmlWriteIndented(doc, write, out.Handed());
 }
 
 std::string ToIndentedString(const Document& doc) {

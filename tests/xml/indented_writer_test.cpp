@@ -33,6 +33,8 @@ TEST(IndentedWriter, WritesWhatLibxmlWrites) {
     }
     return open + "<leaf/>" + close;
   }();
+  std::string many = "<a>";
+  for (int measure = 0; measure < 5000; ++measure) many += "<m><n>1</n></m>";
   const struct {
     const char* name;
     std::string text;
@@ -61,6 +63,7 @@ TEST(IndentedWriter, WritesWhatLibxmlWrites) {
       // Left to libxml2: the text must still be the same.
       {"namespaces", "<a xmlns=\"urn:x\" xmlns:p=\"urn:p\"><p:b p:c=\"1\"/></a>"},
       {"a DTD with declarations", "<!DOCTYPE a [<!ENTITY e \"x\">]><a>&e;</a>"},
+      {"a namespace after the first pieces went out", many + "<p:b xmlns:p=\"urn:p\"/></a>"},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.name);
