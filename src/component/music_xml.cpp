@@ -139,6 +139,7 @@ bool MusicXML::LoadSource(std::unique_ptr<LineSource> source) {
   } else {
     StartNextPart();
   }
+  const xml::NameScope names(m_score.document);
   if (!CreateIdentification()) return false;
   if (!Reset()) return false;
   m_reader.headerCommentCount = 0;

@@ -346,7 +346,10 @@ ImportResult RunImport(size_t inputs, const ImportOptions& options, const Load& 
     throw ConverterError(5, "musedata", description);
   }
   result.complete = true;
-  if (options.finish) result.finished = FinishScore(result.document, component->Warning);
+  if (options.finish) {
+    const xml::NameScope names(result.document);
+    result.finished = FinishScore(result.document, component->Warning);
+  }
   return result;
 }
 

@@ -75,6 +75,15 @@ xmlNode* NewText(xmlDoc* doc, std::string_view text) {
   return node;
 }
 
+// A new element in `doc`, its name from the open NameScope where there is one.
+xmlNode* NewElement(xmlDoc* doc, const char* name) {
+  if (const xmlChar* interned = NameScope::Find(doc, name))
+    return Checked(xmlNewDocNodeEatName(doc, nullptr, const_cast<xmlChar*>(interned), nullptr));
+  return Checked(xmlNewDocNode(doc, nullptr, X(name), nullptr));
+}
+
+thread_local NameScope* t_names = nullptr;
+
 // Whether `element` has an attribute `name` in no namespace, the one that
 // xmlSetProp would replace.
 bool HasPlainAttr(const xmlNode* element, const char* name) {
@@ -242,7 +251,7 @@ std::string Node::Text() const {
 
 Node Node::AppendElement(const char* name) const {
   if (!m_node) throw RunTimeError::ObjectNotSet();
-  xmlNode* element = Checked(xmlNewDocNode(m_node->doc, nullptr, X(name), nullptr));
+  xmlNode* element = NewElement(m_node->doc, name);
   xmlAddChild(m_node, element);
   return Node(element);
 }
@@ -256,7 +265,7 @@ Node Node::AppendElement(const char* name, std::string_view text) const {
 Node Node::InsertElementBefore(const char* name, Node reference) const {
   if (!reference) return AppendElement(name);
   if (!m_node) throw RunTimeError::ObjectNotSet();
-  xmlNode* element = Checked(xmlNewDocNode(m_node->doc, nullptr, X(name), nullptr));
+  xmlNode* element = NewElement(m_node->doc, name);
   xmlAddPrevSibling(reference.m_node, element);
   return Node(element);
 }
@@ -325,7 +334,11 @@ void Node::SetAttr(const char* name, std::string_view value) const {
     return;
   }
   xmlNode* text = NewText(m_node->doc, value);
-  xmlAttr* attr = xmlNewDocProp(m_node->doc, X(name), nullptr);
+  // Made at the end of the element's attributes.
+  const xmlChar* interned = NameScope::Find(m_node->doc, name);
+  xmlAttr* attr =
+      interned ? xmlNewNsPropEatName(m_node, nullptr, const_cast<xmlChar*>(interned), nullptr)
+               : xmlNewNsProp(m_node, nullptr, X(name), nullptr);
   if (!attr) {
     xmlFreeNode(text);
     throw RunTimeError::OutOfMemory();
@@ -333,15 +346,6 @@ void Node::SetAttr(const char* name, std::string_view value) const {
   text->parent = reinterpret_cast<xmlNode*>(attr);
   attr->children = text;
   attr->last = text;
-  attr->parent = m_node;
-  if (!m_node->properties) {
-    m_node->properties = attr;
-    return;
-  }
-  xmlAttr* last = m_node->properties;
-  while (last->next) last = last->next;
-  last->next = attr;
-  attr->prev = last;
 }
 
 void Node::RemoveAttr(const char* name) const {
@@ -367,6 +371,33 @@ void Node::Remove() const {
   if (!m_node) return;
   xmlUnlinkNode(m_node);
   xmlFreeNode(m_node);
+}
+
+NameScope::NameScope(const Document& doc) : m_doc(doc), m_outer(t_names) {
+  t_names = this;
+}
+
+NameScope::~NameScope() {
+  t_names = m_outer;
+}
+
+const xmlChar* NameScope::Find(const xmlDoc* doc, const char* name) {
+  NameScope* scope = t_names;
+  if (!scope || scope->m_doc.get() != doc || !doc->dict) return nullptr;
+  return scope->Lookup(name);
+}
+
+const xmlChar* NameScope::Lookup(const char* name) {
+  // Names are mostly the same literals over and over, so the slot is chosen by
+  // the name's address; the text is still compared, since an address may be
+  // reused for another name.
+  Slot& slot = m_slots[(reinterpret_cast<uintptr_t>(name) >> 3) % kSlots];
+  if (slot.key == name && std::strcmp(reinterpret_cast<const char*>(slot.name), name) == 0)
+    return slot.name;
+  const xmlChar* interned = xmlDictLookup(m_doc.get()->dict, X(name), -1);
+  if (!interned) throw RunTimeError::OutOfMemory();
+  slot = {name, interned};
+  return interned;
 }
 
 Node Root(const Document& doc) noexcept {

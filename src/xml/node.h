@@ -141,6 +141,36 @@ class Node::ElementRange {
   std::string_view m_name;
 };
 
+// While a NameScope is open on a thread, the elements and attributes that
+// this layer makes there in its document take their names from a small table
+// of names already looked up in the document's dictionary, instead of
+// hashing every name again. The scope holds the document, so the names it
+// hands out stay valid while it is open. Scopes nest.
+class NameScope {
+ public:
+  explicit NameScope(const Document& doc);
+  ~NameScope();
+  NameScope(const NameScope&) = delete;
+  NameScope& operator=(const NameScope&) = delete;
+
+  // The dictionary's copy of `name` when the scope is open for `doc`, else
+  // nullptr.
+  static const xmlChar* Find(const xmlDoc* doc, const char* name);
+
+ private:
+  struct Slot {
+    const char* key = nullptr;
+    const xmlChar* name = nullptr;
+  };
+  static constexpr size_t kSlots = 256;
+
+  const xmlChar* Lookup(const char* name);
+
+  Document m_doc;
+  NameScope* m_outer;
+  Slot m_slots[kSlots];
+};
+
 // The document element of `doc`; empty for an empty handle.
 Node Root(const Document& doc) noexcept;
 
