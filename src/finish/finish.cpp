@@ -71,6 +71,10 @@ FinishCounts FinishScore(const Document& document,
       finish::ChordsOfVoices chords;
       finish::ValueWalk values;
       for (size_t index = 0; index < part.measures.size(); ++index) {
+        // The passes skip from child to child of a measure, which the
+        // processor cannot foresee; the next measure is asked for ahead.
+        if (index + 2 < part.measures.size())
+          xml::Prefetch(part.measures[index + 1], part.measures[index + 2]);
         counts.repeatsMended += finish::MendDoubleRepeat(part, index, context);
         counts.voicesNumbered += finish::NumberVoices(part.measures[index], context);
         finish::ReadChords(part.measures, index, chords, tuplets);

@@ -65,6 +65,9 @@ void SetVoice(const LayerEntry& entry, const std::string& voice) {
 int32_t NumberVoices(xml::Node measure, Context& context) {
   return Trap(kNumberVoices, context.Caught(), [&] {
     int32_t numbered = 0;
+    // A measure without a backup has one layer, which keeps its voices; its
+    // notes need not be read.
+    if (!measure.Child("backup")) return numbered;
     const std::vector<Layer> layers = Layers(measure);
     if (layers.size() < 2) return numbered;
     // Layer n is voice n wherever that voice is free, so a part's layers

@@ -400,6 +400,15 @@ const xmlChar* NameScope::Lookup(const char* name) {
   return interned;
 }
 
+void Prefetch(Node first, Node next) noexcept {
+  constexpr std::ptrdiff_t kLargestSpan = 64 << 10;
+  constexpr std::ptrdiff_t kCacheLine = 64;
+  const char* from = reinterpret_cast<const char*>(first.raw());
+  const char* to = reinterpret_cast<const char*>(next.raw());
+  if (!from || !to || to <= from || to - from > kLargestSpan) return;
+  for (; from < to; from += kCacheLine) __builtin_prefetch(from);
+}
+
 Node Root(const Document& doc) noexcept {
   return Node(doc ? xmlDocGetRootElement(doc.get()) : nullptr);
 }
