@@ -68,7 +68,8 @@ xmlNode* NewText(xmlDoc* doc, std::string_view text) {
   const int length = static_cast<int>(text.size());
   if (!doc || !doc->dict || text.size() > kLongestSharedText)
     return Checked(xmlNewDocTextLen(doc, data, length));
-  const xmlChar* shared = xmlDictLookup(doc->dict, data, length);
+  const xmlChar* shared = NameScope::FindText(doc, text);
+  if (!shared) shared = xmlDictLookup(doc->dict, data, length);
   if (!shared) throw RunTimeError::OutOfMemory();
   xmlNode* node = Checked(xmlNewDocTextLen(doc, nullptr, 0));
   node->content = const_cast<xmlChar*>(shared);
@@ -385,6 +386,24 @@ const xmlChar* NameScope::Find(const xmlDoc* doc, const char* name) {
   NameScope* scope = t_names;
   if (!scope || scope->m_doc.get() != doc || !doc->dict) return nullptr;
   return scope->Lookup(name);
+}
+
+const xmlChar* NameScope::FindText(const xmlDoc* doc, std::string_view text) {
+  NameScope* scope = t_names;
+  if (!scope || scope->m_doc.get() != doc || !doc->dict || text.size() > sizeof(uint64_t))
+    return nullptr;
+  // A text of up to eight bytes is its own key, so a slot either holds it
+  // exactly or not at all.
+  uint64_t key = 0;
+  std::memcpy(&key, text.data(), text.size());
+  const uint8_t length = static_cast<uint8_t>(text.size());
+  TextSlot& slot = scope->m_texts[(key * 0x9E3779B97F4A7C15u + length) >> 56];
+  if (slot.text && slot.key == key && slot.length == length) return slot.text;
+  const xmlChar* interned =
+      xmlDictLookup(doc->dict, reinterpret_cast<const xmlChar*>(text.data()), length);
+  if (!interned) throw RunTimeError::OutOfMemory();
+  slot = {key, length, interned};
+  return interned;
 }
 
 const xmlChar* NameScope::Lookup(const char* name) {

@@ -142,9 +142,9 @@ class Node::ElementRange {
 };
 
 // While a NameScope is open on a thread, the elements and attributes that
-// this layer makes there in its document take their names from a small table
-// of names already looked up in the document's dictionary, instead of
-// hashing every name again. The scope holds the document, so the names it
+// this layer makes there in its document take their names (and short texts)
+// from a small table of strings already looked up in the document's
+// dictionary, instead of hashing every one again. The scope holds the document, so the names it
 // hands out stay valid while it is open. Scopes nest.
 class NameScope {
  public:
@@ -156,11 +156,19 @@ class NameScope {
   // The dictionary's copy of `name` when the scope is open for `doc`, else
   // nullptr.
   static const xmlChar* Find(const xmlDoc* doc, const char* name);
+  // The same for a text of up to eight bytes ("1", "up", "eighth"), which
+  // the document shares through its dictionary too; else nullptr.
+  static const xmlChar* FindText(const xmlDoc* doc, std::string_view text);
 
  private:
   struct Slot {
     const char* key = nullptr;
     const xmlChar* name = nullptr;
+  };
+  struct TextSlot {
+    uint64_t key = 0;  // the text's bytes
+    uint8_t length = 0;
+    const xmlChar* text = nullptr;
   };
   static constexpr size_t kSlots = 256;
 
@@ -169,6 +177,7 @@ class NameScope {
   Document m_doc;
   NameScope* m_outer;
   Slot m_slots[kSlots];
+  TextSlot m_texts[kSlots];
 };
 
 // Asks the processor to start loading the memory from `first` up to `next`:

@@ -175,12 +175,19 @@ TEST(XmlNode, NameScopeGivesEachNameItsOwnText) {
       Root(other).AppendElement(name);
     }
     Root(doc).Child("rest").Remove();
+    // Short texts come from a table too: many of them share its slots.
+    const NameScope inner(other);
+    for (int number = 0; number < 2000; ++number)
+      Root(other).AppendText(std::to_string(number * 7919) + " ");
   }
   Root(doc).AppendElement("barline");
   EXPECT_EQ(NodeToString(Root(doc)),
             "<measure><note note=\"note\"/><note note=\"note\"/>"
             "<duration duration=\"duration\"/><barline/></measure>");
-  EXPECT_EQ(NodeToString(Root(other)), "<measure><note/><rest/><note/><duration/></measure>");
+  std::string texts;
+  for (int number = 0; number < 2000; ++number) texts += std::to_string(number * 7919) + " ";
+  EXPECT_EQ(NodeToString(Root(other)),
+            "<measure><note/><rest/><note/><duration/>" + texts + "</measure>");
 }
 
 }  // namespace
