@@ -394,8 +394,11 @@ const xmlChar* NameScope::FindText(const xmlDoc* doc, std::string_view text) {
     return nullptr;
   // A text of up to eight bytes is its own key, so a slot either holds it
   // exactly or not at all.
+  // Gathered byte by byte: a copy of a varying length into the key would
+  // stall the load of the whole key that follows it.
   uint64_t key = 0;
-  std::memcpy(&key, text.data(), text.size());
+  for (size_t index = 0; index < text.size(); ++index)
+    key |= uint64_t{static_cast<unsigned char>(text[index])} << (8 * index);
   const uint8_t length = static_cast<uint8_t>(text.size());
   TextSlot& slot = scope->m_texts[(key * 0x9E3779B97F4A7C15u + length) >> 56];
   if (slot.text && slot.key == key && slot.length == length) return slot.text;
