@@ -138,7 +138,9 @@ std::string DecodeToUtf8(std::string_view bytes, TextEncoding encoding) {
     case TextEncoding::Cp437: return DecodeSingleByte(bytes, kCp437);
     case TextEncoding::Cp1252: return DecodeSingleByte(bytes, kCp1252);
     case TextEncoding::Latin1: return DecodeSingleByte(bytes, nullptr);
-    case TextEncoding::Utf8: break;
+    case TextEncoding::Utf8:
+      if (IsValidUtf8(bytes)) return std::string(bytes);
+      break;
   }
   // Forced UTF-8: a byte that starts no valid sequence becomes U+FFFD.
   std::string out;
