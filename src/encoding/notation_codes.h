@@ -92,11 +92,21 @@ inline constexpr std::array<NotationCode, 49> kNotationCodes{{
     {'&', NotationFamily::EditorialLevel, "level"},
 }};
 
+// For each character, 1 + the index of its first entry in kNotationCodes, or
+// 0: every column of the notation field of every note is looked up.
+inline constexpr auto kNotationCodeIndex = [] {
+  static_assert(kNotationCodes.size() < 255);
+  std::array<unsigned char, 256> index{};
+  for (size_t entry = kNotationCodes.size(); entry-- > 0;)
+    index[static_cast<unsigned char>(kNotationCodes[entry].code)] =
+        static_cast<unsigned char>(entry + 1);
+  return index;
+}();
+
 // The entry of a notation code; null for a character that is no code.
 constexpr const NotationCode* FindNotationCode(char code) noexcept {
-  for (const NotationCode& entry : kNotationCodes)
-    if (entry.code == code) return &entry;
-  return nullptr;
+  const unsigned char entry = kNotationCodeIndex[static_cast<unsigned char>(code)];
+  return entry == 0 ? nullptr : &kNotationCodes[entry - 1];
 }
 
 // The code of notation element `element` whose `type` attribute is `type`
