@@ -5,6 +5,7 @@
 #include <iterator>
 #include <vector>
 
+#include "component/line_source.h"
 #include "component/zip_archive.h"
 #include "musedata/converter_error.h"
 #include "private_folder.h"
@@ -39,8 +40,7 @@ std::string ExportPartText(const Document& document, int32_t partNumber,
                              " was not written: the document is not score-partwise or the "
                              "export was cancelled");
   }
-  std::ifstream stream(path, std::ios::binary);
-  return std::string((std::istreambuf_iterator<char>(stream)), std::istreambuf_iterator<char>());
+  return ReadFileBytes(path).value_or(std::string());
 }
 
 void WriteScoreFile(const Document& document, const std::string& path) {

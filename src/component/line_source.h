@@ -7,12 +7,17 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
 #include "encoding/code_pages.h"
 
 namespace musedata {
+
+// The whole content of the file at `path`, read in large pieces; nullopt
+// when it cannot be opened or a read fails.
+std::optional<std::string> ReadFileBytes(const std::string& path);
 
 class LineSource {
  public:

@@ -11,6 +11,7 @@
 #include <optional>
 
 #include "component/atomic_file.h"
+#include "component/line_source.h"
 #include "component/zip_archive.h"
 #include "encoding/numbers.h"
 #include "musedata/converter_error.h"
@@ -102,12 +103,11 @@ std::string FileStart(const std::string& path) {
 }
 
 std::string WholeFile(const std::string& path) {
-  std::ifstream stream(path, std::ios::binary);
-  std::string bytes((std::istreambuf_iterator<char>(stream)), std::istreambuf_iterator<char>());
-  if (stream.bad())
+  std::optional<std::string> bytes = ReadFileBytes(path);
+  if (!bytes)
     throw ConverterError(75, "musedata",
                          "Path/File access error: cannot read " + path + ": " + strerror(EIO));
-  return bytes;
+  return std::move(*bytes);
 }
 
 // The file must be there and readable before libxml2 is asked, so that the

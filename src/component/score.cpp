@@ -7,6 +7,7 @@
 
 #include "component/atomic_file.h"
 #include "component/error_codes.h"
+#include "component/line_source.h"
 #include "component/natural_order.h"
 #include "component/set_file.h"
 #include "component/trap.h"
@@ -48,11 +49,7 @@ namespace {
 std::optional<std::string> ReadWholeFile(const std::string& path) {
   std::error_code status;
   if (!std::filesystem::is_regular_file(path, status)) return std::nullopt;
-  std::ifstream stream(path, std::ios::binary);
-  if (!stream) return std::nullopt;
-  std::string bytes((std::istreambuf_iterator<char>(stream)), std::istreambuf_iterator<char>());
-  if (stream.bad()) return std::nullopt;
-  return bytes;
+  return ReadFileBytes(path);
 }
 
 int32_t PartCount(const Document& document) {
