@@ -357,36 +357,35 @@ void Convert(const Movement& movement, const ImportOptions& options, Account& ac
   // Everything this movement builds is released together when it is done,
   // for the worker's next movement to reuse.
   const xml::ArenaScope documents;
-  ImportOptions import = options;
-  import.progress = [](const std::string&, int32_t, int32_t, bool& cancel) {
+  ImportOptions reading = options;
+  reading.progress = [](const std::string&, int32_t, int32_t, bool& cancel) {
     cancel = IsInterrupted();
-};
-import.warning = [&](const std::string& text) { account.Warn(movement, text);
-};  // namespace
-PartTally tally;
-import.partCounted = std::bind_front(&PartTally::Count, &tally);
-std::string failure;
-std::unique_ptr<AtomicFileWriter> file;
-try {
-  const ImportResult result = ImportScore(movement.files, import);
-  if (result.complete) {
-    std::error_code ignored;
-    fs::create_directories(movement.output.parent_path(), ignored);
-    WriteOptions writing;
-    writing.progress = [](int64_t, bool& cancel) { cancel = IsInterrupted(); };
-    file = WriteMusicXmlPending(result.document, movement.output.string(), writing);
-  } else {
-    failure = "conversion stopped: " + result.stoppedAt + "; nothing written";
+  };
+  reading.warning = [&](const std::string& text) { account.Warn(movement, text); };
+  PartTally tally;
+  reading.partCounted = std::bind_front(&PartTally::Count, &tally);
+  std::string failure;
+  std::unique_ptr<AtomicFileWriter> file;
+  try {
+    const ImportResult result = ImportScore(movement.files, reading);
+    if (result.complete) {
+      std::error_code ignored;
+      fs::create_directories(movement.output.parent_path(), ignored);
+      WriteOptions writing;
+      writing.progress = [](int64_t, bool& cancel) { cancel = IsInterrupted(); };
+      file = WriteMusicXmlPending(result.document, movement.output.string(), writing);
+    } else {
+      failure = "conversion stopped: " + result.stoppedAt + "; nothing written";
+    }
+  } catch (const ConverterError& error) {
+    failure = ErrorLine(error);
   }
-} catch (const ConverterError& error) {
-  failure = ErrorLine(error);
+  if (file) {
+    committer.Add({&movement, tally, std::move(file)});
+    return;
+  }
+  account.Settle(movement, tally, IsInterrupted() ? Outcome::Stopped : Outcome::Failed, failure);
 }
-if (file) {
-  committer.Add({&movement, tally, std::move(file)});
-  return;
-}
-account.Settle(movement, tally, IsInterrupted() ? Outcome::Stopped : Outcome::Failed, failure);
-}  // namespace musedata::tool
 
 }  // namespace
 
