@@ -86,12 +86,38 @@ std::string Reason(const std::error_code& error) {
   return "cannot be read: " + error.message();
 }
 
-// Walks the whole tree: a folder or file that cannot be read is noted in
-// `unreadable` and the walk goes on past it.
-std::vector<Movement> FindMovements(const fs::path& input, const fs::path& output,
+// A file of the tree that may be MuseData, and what its content makes it.
+struct Candidate {
+  fs::path path;
+  fs::path relative;  // below the input folder
+  uintmax_t bytes = 0;
+  FileKind kind = FileKind::Unreadable;
+  int error = 0;  // why an unreadable file could not be read
+};
+
+// Classifies every candidate, `threads` files at a time: reading and
+// splitting the files is what finding the movements spends its time on.
+void ClassifyAll(std::vector<Candidate>& candidates, unsigned threads) {
+  std::atomic<size_t> next{0};
+  const auto classify = [&] {
+    for (size_t index = next++; index < candidates.size(); index = next++) {
+      Candidate& candidate = candidates[index];
+      candidate.kind = Classify(candidate.path);
+      if (candidate.kind == FileKind::Unreadable) candidate.error = errno;
+    }
+  };
+  std::vector<std::thread> helpers;
+  for (unsigned i = 1; i < threads && i < candidates.size(); ++i) helpers.emplace_back(classify);
+  classify();
+  for (std::thread& helper : helpers) helper.join();
+}
+
+// Walks the whole tree and classifies its files on `threads` threads: a
+// folder or file that cannot be read is noted in `unreadable` and the walk
+// goes on past it.
+std::vector<Movement> FindMovements(const fs::path& input, const fs::path& output, unsigned threads,
                                     PassedOver& passedOver, std::vector<Unreadable>& unreadable) {
-  std::map<fs::path, Movement> folders;  // part files by their folder
-  std::vector<Movement> movements;
+  std::vector<Candidate> candidates;
   std::error_code status;
   std::error_code walk;
   for (auto entry = fs::recursive_directory_iterator(input, walk);
@@ -113,10 +139,16 @@ std::vector<Movement> FindMovements(const fs::path& input, const fs::path& outpu
       continue;
     }
     if (!entry->is_regular_file(status) || !HasMuseDataEnding(path)) continue;
-    const FileKind kind = Classify(path);
+    candidates.push_back({path, relative, entry->file_size(status)});
+  }
+  ClassifyAll(candidates, threads);
+
+  std::map<fs::path, Movement> folders;  // part files by their folder
+  std::vector<Movement> movements;
+  for (const auto& [path, relative, bytes, kind, error] : candidates) {
     if (kind == FileKind::Unreadable) {
       unreadable.push_back(
-          {relative.string(), Reason(std::error_code(errno, std::generic_category()))});
+          {relative.string(), Reason(std::error_code(error, std::generic_category()))});
       continue;
     }
     if (kind == FileKind::NoPart) {
@@ -127,7 +159,7 @@ std::vector<Movement> FindMovements(const fs::path& input, const fs::path& outpu
       Movement movement{relative.string(),
                         {path.string()},
                         output / fs::path(relative).replace_extension(".musicxml"),
-                        entry->file_size(status)};
+                        bytes};
       movements.push_back(std::move(movement));
       continue;
     }
@@ -140,7 +172,7 @@ std::vector<Movement> FindMovements(const fs::path& input, const fs::path& outpu
       movement.output = output / fs::path(name.string() + ".musicxml");
     }
     movement.files.push_back(path.string());
-    movement.bytes += entry->file_size(status);
+    movement.bytes += bytes;
   }
   if (walk) unreadable.push_back({input.string(), Reason(walk)});
   for (auto& [folder, movement] : folders) {
@@ -393,8 +425,10 @@ int RunBatch(const BatchOptions& options) {
   const auto started = std::chrono::steady_clock::now();
   PassedOver passedOver;
   std::vector<Unreadable> unreadable;
+  const unsigned threads =
+      options.jobs ? options.jobs : std::max(1u, std::thread::hardware_concurrency());
   const std::vector<Movement> movements =
-      FindMovements(options.inputFolder, options.outputFolder, passedOver, unreadable);
+      FindMovements(options.inputFolder, options.outputFolder, threads, passedOver, unreadable);
   if (const std::string refused = RefusedOutput(movements); !refused.empty()) {
     std::fprintf(stderr, "musedata: %s\n", refused.c_str());
     return 2;
@@ -415,8 +449,8 @@ int RunBatch(const BatchOptions& options) {
     for (size_t index = next++; index < movements.size() && !IsInterrupted(); index = next++)
       Convert(movements[index], options.import, account, committer);
   };
-  unsigned jobs = options.jobs ? options.jobs : std::max(1u, std::thread::hardware_concurrency());
-  jobs = static_cast<unsigned>(std::min<size_t>(jobs, std::max<size_t>(movements.size(), 1)));
+  const auto jobs =
+      static_cast<unsigned>(std::min<size_t>(threads, std::max<size_t>(movements.size(), 1)));
   std::vector<std::thread> workers;
   for (unsigned i = 1; i < jobs; ++i) workers.emplace_back(work);
   work();
