@@ -10,6 +10,9 @@
 namespace musedata::tool {
 namespace {
 
+// The signals that ask the tool to stop.
+constexpr int kStopSignals[] = {SIGINT, SIGTERM, SIGHUP};
+
 // Written by the signal handler, read by every worker's progress handler.
 std::atomic<int> g_signal{0};
 static_assert(std::atomic<int>::is_always_lock_free, "the handler may only touch lock-free state");
@@ -31,7 +34,14 @@ void InstallInterruptHandlers() {
   // No SA_RESTART: a write blocked on a full pipe or a FIFO without a reader
   // returns, so that the writer can ask whether to stop.
   action.sa_flags = 0;
-  for (const int number : {SIGINT, SIGTERM, SIGHUP}) sigaction(number, &action, nullptr);
+  for (const int number : kStopSignals) sigaction(number, &action, nullptr);
+}
+
+void KeepInterruptsAway() {
+  sigset_t signals;
+  sigemptyset(&signals);
+  for (const int number : kStopSignals) sigaddset(&signals, number);
+  pthread_sigmask(SIG_BLOCK, &signals, nullptr);
 }
 
 int InterruptSignal() noexcept {

@@ -11,6 +11,10 @@ namespace musedata::tool {
 // Installs the handlers; call once, first thing in main.
 void InstallInterruptHandlers();
 
+// Leaves the signals above to the process's other threads, for a thread
+// whose waits should run to their end rather than be broken off.
+void KeepInterruptsAway();
+
 // The signal that asked the tool to stop, or 0.
 int InterruptSignal() noexcept;
 

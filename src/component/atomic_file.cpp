@@ -258,13 +258,27 @@ bool AtomicFileWriter::Flush() noexcept {
   return !Interrupted();
 }
 
-bool AtomicFileWriter::Commit() {
+bool AtomicFileWriter::WriteOut() {
   if (m_fd < 0) Fail(m_error != 0 ? m_error : EBADF);
   if (m_cancelled || !Flush() || m_error != 0) {
     if (m_error != 0) Fail(m_error);
     Discard();
     return false;
   }
+  return true;
+}
+
+bool AtomicFileWriter::Complete() {
+  if (!WriteOut()) return false;
+  // Only a hint: whatever the disk makes of it, Commit's fsync reports.
+  if (m_kind == OutputKind::Replace) ::sync_file_range(m_fd, 0, 0, SYNC_FILE_RANGE_WRITE);
+  m_complete = true;
+  return true;
+}
+
+bool AtomicFileWriter::Commit() {
+  if (!m_complete && !WriteOut()) return false;
+  if (m_fd < 0) Fail(EBADF);
   // A replaced file must be on the disk before its name moves to it, so that
   // a crash leaves the old file or the new one, never an empty one.
   if (m_kind == OutputKind::Replace && ::fsync(m_fd) != 0) Fail(errno);

@@ -61,6 +61,12 @@ class AtomicFileWriter {
   // with nothing replaced, when Progress cancelled the write; raises for a
   // write that failed, flush and close included.
   bool Commit();
+  // Writes everything out and asks the kernel to start writing it to the
+  // disk, without waiting for it; a later Commit only has to wait for what is
+  // still on its way, and no longer asks Progress. False, with nothing
+  // replaced, when Progress cancelled the write; raises for a write that
+  // failed. Until Commit, the target is untouched.
+  bool Complete();
 
   // The path as given ("standard output" for "-"), as messages name it.
   const std::string& Path() const noexcept { return m_name; }
@@ -70,6 +76,8 @@ class AtomicFileWriter {
 
  private:
   bool Flush() noexcept;
+  // Writes out what is buffered; false when the write was cancelled.
+  bool WriteOut();
   // Asks Progress whether the write should stop; true when it cancelled.
   bool Interrupted() noexcept;
   void Open(const std::string& target);
@@ -85,6 +93,7 @@ class AtomicFileWriter {
   int m_slot = -1;  // this writer's entry among the live temporary files
   int m_error = 0;  // the first failed write's errno
   bool m_cancelled = false;
+  bool m_complete = false;  // the whole text is in the file, Commit remains
   int64_t m_written = 0;
   std::string m_buffer;
 };

@@ -9,6 +9,7 @@
 #include "component/error_codes.h"
 #include "component/line_source.h"
 #include "component/natural_order.h"
+#include "component/pending_file.h"
 #include "component/set_file.h"
 #include "component/trap.h"
 #include "component/zip_archive.h"
@@ -380,19 +381,38 @@ std::string ToMusicXmlText(const Document& document) {
   return xml::ToIndentedString(document);
 }
 
-bool WriteMusicXmlFile(const Document& document, const std::string& path,
-                       const WriteOptions& options) {
+namespace {
+
+// Writes the document's text into `writer`, leaving the commit to the caller:
+// false when the progress handler cancelled; raises when the text could not
+// be written or made.
+bool WriteMusicXmlText(const Document& document, AtomicFileWriter& writer) {
   // The text of a score is about ten times the size of its MuseData; written
   // straight into the file it never has to be held in memory beside the tree.
-  AtomicFileWriter writer(path, options.progress);
   if (xml::WriteIndented(document, [&](std::string_view text) { return writer.Append(text); }))
-    return writer.Commit();
+    return true;
   // A failed write raises its own error here; a cancelled one only stops.
   writer.Write({});
   if (writer.Cancelled()) return false;
   throw ConverterError(75, "musedata",
                        "Path/File access error: cannot write " + writer.Path() +
                            ": the MusicXML text could not be made");
+}
+
+}  // namespace
+
+bool WriteMusicXmlFile(const Document& document, const std::string& path,
+                       const WriteOptions& options) {
+  AtomicFileWriter writer(path, options.progress);
+  return WriteMusicXmlText(document, writer) && writer.Commit();
+}
+
+std::unique_ptr<AtomicFileWriter> WriteMusicXmlPending(const Document& document,
+                                                       const std::string& path,
+                                                       const WriteOptions& options) {
+  auto writer = std::make_unique<AtomicFileWriter>(path, options.progress);
+  if (!WriteMusicXmlText(document, *writer) || !writer->Complete()) return nullptr;
+  return writer;
 }
 
 }  // namespace musedata

@@ -98,5 +98,31 @@ TEST(AtomicFile, FailedOrCancelledWritesLeaveTheTargetAlone) {
   }
 }
 
+// A completed file waits beside the target: only Commit puts it in place,
+// and a writer dropped after Complete leaves the target and the folder as
+// they were. Progress is not asked again once the text is complete.
+TEST(AtomicFile, CompletedFilesReplaceTheTargetOnlyOnCommit) {
+  const TempDir dir;
+  const std::string target = dir.Write("score.musicxml", "old\n");
+  {
+    AtomicFileWriter writer(target);
+    writer.Write("dropped\n");
+    ASSERT_TRUE(writer.Complete());
+    EXPECT_EQ(ReadFile(target), "old\n");
+    EXPECT_EQ(EntriesIn(dir.Path()), 2);
+  }
+  EXPECT_EQ(ReadFile(target), "old\n");
+  EXPECT_EQ(EntriesIn(dir.Path()), 1);
+
+  AtomicFileWriter writer(target);
+  writer.Write("new\n");
+  ASSERT_TRUE(writer.Complete());
+  writer.Progress = [](int64_t, bool& cancel) { cancel = true; };
+  EXPECT_EQ(ReadFile(target), "old\n");
+  EXPECT_TRUE(writer.Commit());
+  EXPECT_EQ(ReadFile(target), "new\n");
+  EXPECT_EQ(EntriesIn(dir.Path()), 1);
+}
+
 }  // namespace
 }  // namespace musedata::test

@@ -13,6 +13,7 @@
 #include <chrono>
 #include <cstring>
 #include <filesystem>
+#include <map>
 #include <thread>
 
 #include "support/test_support.h"
@@ -208,6 +209,54 @@ TEST(OutputTool, BatchKeepsFinishedMovementsWhenInterrupted) {
   EXPECT_EQ(Temporaries(folder.Path() + "/out"), std::vector<std::string>());
   for (const auto& entry : fs::directory_iterator(folder.Path() + "/out"))
     EXPECT_TRUE(IsWholeScore(ReadFile(entry.path()))) << entry.path();
+}
+
+// The batch puts each file in place while its workers go on converting: the
+// summary counts exactly the files in place, whole and as a single import
+// writes them, and no temporary file is left, whether the batch ends or a
+// signal breaks it off, with one worker or two. Short movements finish
+// faster than the disk takes them in, so files still wait to be put in place
+// when the signal comes, early on, and when the last worker is done.
+TEST(OutputTool, BatchCountsExactlyTheFilesPutInPlace) {
+  const TempDir folder;
+  constexpr int kMovements = 12;
+  std::map<std::string, std::string> expected;  // by movement
+  for (int m = 1; m <= kMovements; ++m) {
+    const std::string movement = "m" + std::to_string(m);
+    folder.Write("in/" + movement + "/part.md", LongPart(m >= 6 && m <= 8 ? 1500 : 3));
+    expected[movement] = RunTool(folder.Path(), "import in/" + movement).out;
+  }
+  const auto placed = [&] {
+    std::vector<std::string> names;
+    for (const auto& entry : fs::directory_iterator(folder.Path() + "/out"))
+      if (!entry.path().filename().string().starts_with(".")) names.push_back(entry.path());
+    return names;
+  };
+  for (const char* jobs : {"1", "2"}) {
+    for (const bool interrupted : {false, true}) {
+      SCOPED_TRACE(std::string("-j ") + jobs + (interrupted ? ", interrupted" : ""));
+      fs::remove_all(folder.Path() + "/out");
+      fs::create_directories(folder.Path() + "/out");
+      const std::vector<std::string> arguments = {"import", "--batch", "in", "-o",
+                                                  "out",    "-j",      jobs};
+      const ToolRun run =
+          interrupted ? Interrupt(folder.Path(), arguments,
+                                  [&](const std::string&) { return !placed().empty(); }, {SIGINT})
+                      : RunTool(folder.Path(), "import --batch in -o out -j " + std::string(jobs));
+      EXPECT_EQ(run.status, interrupted ? 130 : 0) << run.err;
+      const std::vector<std::string> files = placed();
+      if (!interrupted) {
+        EXPECT_EQ(files.size(), size_t{kMovements});
+      }
+      EXPECT_NE(run.err.find("converted " + std::to_string(files.size()) + " of " +
+                             std::to_string(kMovements) + " movements"),
+                std::string::npos)
+          << run.err;
+      EXPECT_EQ(Temporaries(folder.Path() + "/out"), std::vector<std::string>());
+      for (const std::string& file : files)
+        EXPECT_EQ(ReadFile(file), expected[fs::path(file).stem().string()]) << file;
+    }
+  }
 }
 
 // What cannot be read is named, counted as failed, and the walk goes on.
