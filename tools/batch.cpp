@@ -8,15 +8,16 @@
 #include <cstdio>
 #include <deque>
 #include <filesystem>
-#include <fstream>
 #include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <thread>
 #include <vector>
 
 #include "component/atomic_file.h"
+#include "component/line_source.h"
 #include "component/pending_file.h"
 #include "component/set_file.h"
 #include "component/zip_archive.h"
@@ -58,13 +59,10 @@ enum class FileKind { NoPart, Part, Set, Zip, Unreadable };
 // movement of its own, a file of one part is a part of its folder's movement,
 // whether or not it ends with "/eof".
 FileKind Classify(const fs::path& path) {
-  std::ifstream stream(path, std::ios::binary);
-  if (!stream) return FileKind::Unreadable;
-  const std::string bytes((std::istreambuf_iterator<char>(stream)),
-                          std::istreambuf_iterator<char>());
-  if (stream.bad()) return FileKind::Unreadable;
-  if (LooksLikeZip(bytes)) return FileKind::Zip;
-  const size_t parts = SetFileParts(bytes).parts.size();
+  const std::optional<std::string> bytes = ReadFileBytes(path.string());
+  if (!bytes) return FileKind::Unreadable;
+  if (LooksLikeZip(*bytes)) return FileKind::Zip;
+  const size_t parts = SetFileParts(*bytes).parts.size();
   return parts == 0 ? FileKind::NoPart : parts == 1 ? FileKind::Part : FileKind::Set;
 }
 

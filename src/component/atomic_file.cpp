@@ -234,14 +234,22 @@ void AtomicFileWriter::Write(std::string_view text) {
 bool AtomicFileWriter::Append(std::string_view text) noexcept {
   if (m_fd < 0 && m_error == 0) m_error = EBADF;
   if (m_error != 0 || m_cancelled) return false;
+  // A piece as large as the buffer goes out as it is, not through it.
+  if (m_buffer.empty() && text.size() >= kBufferSize) return WriteAll(text);
   m_buffer.append(text);
   return m_buffer.size() < kBufferSize || Flush();
 }
 
 bool AtomicFileWriter::Flush() noexcept {
+  const bool written = WriteAll(m_buffer);
+  m_buffer.clear();
+  return written;
+}
+
+bool AtomicFileWriter::WriteAll(std::string_view text) noexcept {
   size_t done = 0;
-  while (done < m_buffer.size()) {
-    const ssize_t count = ::write(m_fd, m_buffer.data() + done, m_buffer.size() - done);
+  while (done < text.size()) {
+    const ssize_t count = ::write(m_fd, text.data() + done, text.size() - done);
     if (count >= 0) {
       done += static_cast<size_t>(count);
       m_written += count;
@@ -251,10 +259,8 @@ bool AtomicFileWriter::Flush() noexcept {
     const int error = errno;
     if (error == EINTR && !Interrupted()) continue;
     if (error != EINTR) m_error = error;
-    m_buffer.clear();
     return false;
   }
-  m_buffer.clear();
   return !Interrupted();
 }
 

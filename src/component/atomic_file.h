@@ -76,6 +76,8 @@ class AtomicFileWriter {
 
  private:
   bool Flush() noexcept;
+  // Writes `text` to the file; false when a write failed or Progress cancelled.
+  bool WriteAll(std::string_view text) noexcept;
   // Writes out what is buffered; false when the write was cancelled.
   bool WriteOut();
   // Asks Progress whether the write should stop; true when it cancelled.
