@@ -216,6 +216,13 @@ void PutCData(Output& out, const xmlChar* content) {
   }
 }
 
+// "&name;", in text and in attribute values alike.
+void PutEntityReference(Output& out, const xmlNode* reference) {
+  out.Put('&');
+  out.Put(View(reference->name));
+  out.Put(';');
+}
+
 void PutStartTag(Output& out, const xmlNode* element) {
   out.Put('<');
   out.Put(View(element->name));
@@ -227,9 +234,7 @@ void PutStartTag(Output& out, const xmlNode* element) {
       if (child->type == XML_TEXT_NODE) {
         if (child->content) out.PutEscaped(child->content, kInValue);
       } else {
-        out.Put('&');
-        out.Put(View(child->name));
-        out.Put(';');
+        PutEntityReference(out, child);
       }
     }
     out.Put('"');
@@ -272,11 +277,7 @@ bool PutTree(Output& out, const xmlNode* root) {
           out.PutEscaped(node->content, kInText);
         break;
       case XML_CDATA_SECTION_NODE: PutCData(out, node->content); break;
-      case XML_ENTITY_REF_NODE:
-        out.Put('&');
-        out.Put(View(node->name));
-        out.Put(';');
-        break;
+      case XML_ENTITY_REF_NODE: PutEntityReference(out, node); break;
       case XML_COMMENT_NODE:
         if (node != root && format) out.Indent(level);
         if (node->content) {
