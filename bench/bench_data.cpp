@@ -37,7 +37,10 @@ constexpr Expected kExpected[] = {
     {"encoder", "//identification/encoding/encoder"},
     {"work number", "/score-partwise/work/work-number"},
     {"divisions", "//attributes/divisions"},
-    {"key change", "//measure[position() > 1]/attributes/key"},
+    // Not "//measure[position() > 1]": a position in the predicate keeps
+    // libxml2 from shortening "//", and the node set of every node of a
+    // 100 MB score passes its limit of ten million nodes.
+    {"key change", "//attributes/key[../../preceding-sibling::measure]"},
     {"clef of the second staff", "//attributes/clef[@number='2']"},
     {"common or cut time", "//attributes/time[@symbol]"},
     {"transposition", "//attributes/transpose/octave-change"},
