@@ -109,22 +109,13 @@ TEST(IndentedWriter, WritesRandomTreesAsLibxmlDoes) {
   }
 }
 
-// A long score goes out in pieces; once the receiver refuses one, nothing more
-// is offered and the write reports the failure.
-TEST(IndentedWriter, HandsOverPiecesAndStopsAtARefusal) {
+// Once the receiver refuses a piece, nothing more is offered and the write
+// reports the failure. (The pieces themselves join up to libxml2's text: the
+// row with a namespace after the first pieces checks that.)
+TEST(IndentedWriter, StopsAtARefusal) {
   const Document doc = ParseMemory("<part/>", "long.xml", 6004);
   for (int measure = 0; measure < 5000; ++measure)
     Root(doc).AppendElement("measure").AppendElement("note", std::to_string(measure));
-  std::string joined;
-  int pieces = 0;
-  EXPECT_TRUE(WriteIndented(doc, [&](std::string_view piece) {
-    joined.append(piece);
-    ++pieces;
-    return true;
-  }));
-  EXPECT_EQ(joined, LibxmlText(doc));
-  EXPECT_GT(pieces, 1);
-
   int offered = 0;
   EXPECT_FALSE(WriteIndented(doc, [&](std::string_view) { return ++offered > 1; }));
   EXPECT_EQ(offered, 1);
