@@ -99,22 +99,18 @@ std::string DecodeSingleByte(std::string_view bytes, const char32_t* high) {
 
 }  // namespace
 
+size_t AsciiRunEnd(std::string_view bytes, size_t from) noexcept {
+  uint64_t eight;
+  for (; from + sizeof eight <= bytes.size(); from += sizeof eight) {
+    std::memcpy(&eight, bytes.data() + from, sizeof eight);
+    if ((eight & 0x8080808080808080u) != 0) break;
+  }
+  while (from < bytes.size() && static_cast<unsigned char>(bytes[from]) < 0x80) ++from;
+  return from;
+}
+
 bool IsValidUtf8(std::string_view bytes) noexcept {
-  for (size_t i = 0; i < bytes.size();) {
-    // Skip runs of ASCII quickly, eight bytes at a time: most MuseData text
-    // is plain ASCII.
-    uint64_t eight;
-    if (i + sizeof eight <= bytes.size()) {
-      std::memcpy(&eight, bytes.data() + i, sizeof eight);
-      if ((eight & 0x8080808080808080u) == 0) {
-        i += sizeof eight;
-        continue;
-      }
-    }
-    if (static_cast<unsigned char>(bytes[i]) < 0x80) {
-      ++i;
-      continue;
-    }
+  for (size_t i = AsciiRunEnd(bytes, 0); i < bytes.size(); i = AsciiRunEnd(bytes, i)) {
     const size_t length = Utf8SequenceLength(bytes, i);
     if (length == 0) return false;
     i += length;

@@ -8,6 +8,10 @@
 
 namespace musedata {
 
+// Where the run of ASCII bytes that starts at `from` ends: the first byte of
+// 0x80 or above, or the end. Eight bytes at a time, as most MuseData text is
+// plain ASCII.
+size_t AsciiRunEnd(std::string_view bytes, size_t from) noexcept;
 // Whether `bytes` is entirely valid UTF-8 (no overlong forms, no surrogates).
 bool IsValidUtf8(std::string_view bytes) noexcept;
 // The encoding that `Auto` stands for with these bytes: UTF-8 when they are

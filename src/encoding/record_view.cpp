@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "encoding/code_pages.h"
+
 namespace musedata {
 namespace {
 
@@ -67,9 +69,7 @@ std::string_view TakeLine(std::string_view text, size_t& position) noexcept {
 }
 
 RecordView::RecordView(std::string_view record) : m_text(record) {
-  const bool ascii = std::all_of(record.begin(), record.end(),
-                                 [](char c) { return static_cast<unsigned char>(c) < 0x80; });
-  if (ascii) {
+  if (AsciiRunEnd(record, 0) == record.size()) {
     m_length = static_cast<int32_t>(record.size());
     return;
   }
