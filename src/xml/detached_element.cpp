@@ -1,14 +1,14 @@
 #include "xml/detached_element.h"
 
 #include "component/trap.h"
+#include "xml/strings.h"
 
 namespace musedata::xml {
 
 DetachedElement::DetachedElement(const Document& document, const char* name)
     : m_element(nullptr, Free{document}) {
   if (!document) throw RunTimeError::ObjectNotSet();
-  xmlNode* element =
-      xmlNewDocNode(document.get(), nullptr, reinterpret_cast<const xmlChar*>(name), nullptr);
+  xmlNode* element = xmlNewDocNode(document.get(), nullptr, X(name), nullptr);
   if (!element) throw RunTimeError::OutOfMemory();
   m_element.reset(element);
 }

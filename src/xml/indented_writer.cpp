@@ -36,13 +36,10 @@
 
 #include "component/trap.h"
 #include "xml/node.h"
+#include "xml/strings.h"
 
 namespace musedata::xml {
 namespace {
-
-std::string_view View(const xmlChar* text) {
-  return text ? std::string_view(reinterpret_cast<const char*>(text)) : std::string_view();
-}
 
 bool IsDefaultIndentation() {
   return xmlIndentTreeOutput == 1 && xmlSaveNoEmptyTags == 0 &&

@@ -9,6 +9,7 @@
 
 #include "component/trap.h"
 #include "xml/arena.h"
+#include "xml/strings.h"
 
 namespace musedata {
 
@@ -27,12 +28,6 @@ Document::Document(xmlDocPtr doc) : m_doc(doc, FreeDocument) {
 namespace xml {
 namespace {
 
-const xmlChar* X(const char* text) {
-  return reinterpret_cast<const xmlChar*>(text);
-}
-std::string_view View(const xmlChar* text) {
-  return text ? std::string_view(reinterpret_cast<const char*>(text)) : std::string_view();
-}
 // Called for every sibling passed over while looking for an element, so it
 // compares in place instead of measuring each name first: most names differ
 // in their first byte.

@@ -1,6 +1,7 @@
 #include "xml/xpath.h"
 
 #include "component/trap.h"
+#include "xml/strings.h"
 
 namespace musedata::xml {
 namespace {
@@ -25,8 +26,7 @@ Object Evaluate(xmlXPathCompExpr* compiled, Node context) {
 }  // namespace
 
 XPath::XPath(const char* expression)
-    : m_expression(expression),
-      m_compiled(xmlXPathCompile(reinterpret_cast<const xmlChar*>(expression))) {
+    : m_expression(expression), m_compiled(xmlXPathCompile(X(expression))) {
   if (!m_compiled) throw RunTimeError::InvalidCall();
 }
 
