@@ -12,6 +12,7 @@
 #include "component/atomic_file.h"
 #include "interrupt.h"
 #include "musedata/converter_error.h"
+#include "musedata/finish.h"
 #include "musedata/score.h"
 #include "private_folder.h"
 #include "progress_bar.h"
@@ -54,6 +55,7 @@ class PartExport {
  public:
   PartExport(const ExportCommand& command, Document score)
       : m_command(command), m_score(std::move(score)), m_bar(command.progress) {
+    m_options.name = fs::path(command.input).filename().string();
     m_options.warning = [this](const std::string& text) {
       m_bar.Finish();
       std::fprintf(stderr, "musedata: warning: %s%s\n", m_warningPrefix.c_str(), text.c_str());
@@ -78,8 +80,10 @@ class PartExport {
   }
 
   // Every part into the output folder as 01.md, 02.md, ...: all are written
-  // into a staging folder first and moved into place only when every one of
-  // them succeeded, so a failed export leaves the folder as it was.
+  // into a staging folder first and moved into place together at the end,
+  // so an interrupted export leaves the folder as it was. A part that cannot
+  // be written is named and left out; the others are written. False when a
+  // part failed or the export was interrupted.
   bool WriteAll() {
     const int parts = CountParts(m_score);
     if (parts == 0)
@@ -88,20 +92,39 @@ class PartExport {
     std::error_code status;
     const bool made = fs::create_directories(folder, status);
     if (status) RaiseFileError("cannot make the folder " + folder.string(), status);
-    // A folder made for this export goes again when the export fails.
+    // A folder made for this export goes again when nothing is written into it.
     const std::unique_ptr<const fs::path, void (*)(const fs::path*)> unmade(
         made ? &folder : nullptr, [](const fs::path* path) {
           std::error_code ignored;
           fs::remove(*path, ignored);  // only while it is empty
         });
     const PrivateFolder staging(folder);
-    for (int part = 1; part <= parts; ++part)
-      if (!Write(part, (staging.Path() / PartFileName(part)).string())) return false;
+    std::vector<int> written;
+    std::vector<int> failed;
     for (int part = 1; part <= parts; ++part) {
+      try {
+        if (Write(part, (staging.Path() / PartFileName(part)).string())) {
+          written.push_back(part);
+          continue;
+        }
+      } catch (const ConverterError& error) {
+        if (IsInterrupted()) throw;
+        PrintError(error);
+      }
+      if (IsInterrupted()) return false;
+      failed.push_back(part);
+    }
+    for (const int part : written) {
       fs::rename(staging.Path() / PartFileName(part), folder / PartFileName(part), status);
       if (status) RaiseFileError("cannot write " + (folder / PartFileName(part)).string(), status);
     }
-    return true;
+    if (failed.empty()) return true;
+    std::string list;
+    for (const int part : failed) list += (list.empty() ? "" : ", ") + std::to_string(part);
+    std::fprintf(stderr, "musedata: %zu of %d parts of %s written to %s; not written: part%s %s\n",
+                 written.size(), parts, m_command.input.c_str(), folder.string().c_str(),
+                 failed.size() == 1 ? "" : "s", list.c_str());
+    return false;
   }
 
   // One part to standard output, by way of a file in a private temporary
@@ -153,6 +176,15 @@ CLI::App* AddExportCommand(CLI::App& app, ExportCommand& command) {
       "Output MuseData file, or folder with --all; - or none writes to standard output");
   sub->add_flag("--keep-divisions", command.keepDivisions,
                 "Keep the score's divisions instead of reducing them to fit three columns");
+  CLI::Option* literal =
+      sub->add_flag("--literal", command.literal,
+                    "Write the part exactly as the converter writes it, without the finishing "
+                    "step that makes MuseData other readers take");
+  sub->add_flag("--positions", command.positions,
+                "Keep the layout positions of notes (default-x, default-y ...) as \"P\" lines")
+      ->excludes(literal);
+  sub->add_flag("-v,--verbose", command.verbose,
+                "Print what the finishing step changed, per kind of change");
   sub->add_flag("--progress,!--no-progress", command.progress,
                 "Show a progress bar on standard error");
   sub->add_option("INPUT", command.input, "MusicXML score (.xml, .musicxml or .mxl)")->required();
@@ -187,8 +219,23 @@ int RunExport(const ExportCommand& command) {
     // An output that is the input, by any name, would destroy it.
     if (!toStandardOutput)
       RefuseOutputOverInputs(PlannedOutputs(command, CountParts(score)), {command.input});
-    // The score is the tool's own: reduced once here, it serves every part.
-    if (!command.keepDivisions) score = ReduceDivisions(score);
+    // The score is the tool's own: finished (or reduced) once here, in
+    // place, it serves every part.
+    if (!command.literal) {
+      MuseDataFinishOptions finishing;
+      finishing.part = command.all ? 0 : command.part;
+      finishing.keepPositions = command.positions;
+      finishing.reduceDivisions = !command.keepDivisions;
+      const MuseDataFinishCounts counts =
+          FinishForMuseData(score, finishing, [](const std::string& text) {
+            std::fprintf(stderr, "musedata: warning: %s\n", text.c_str());
+          });
+      if (command.verbose)
+        for (const auto& [kind, count] : CountsByKind(counts))
+          std::fprintf(stderr, "musedata: finishing step: %s: %d\n", kind.c_str(), count);
+    } else if (!command.keepDivisions) {
+      score = ReduceDivisions(score);
+    }
     PartExport partExport(command, std::move(score));
     bool complete = false;
     if (command.all) {

@@ -14,6 +14,9 @@ struct ExportCommand {
   bool all = false;            // every part, into the folder `output`
   std::string output = "-";    // "-": standard output
   bool keepDivisions = false;  // export durations as the score has them
+  bool literal = false;        // no finishing step for MuseData
+  bool positions = false;      // keep the layout positions of notes as "P" lines
+  bool verbose = false;        // print what the finishing step changed
   bool progress = false;
   std::string input;
 };
@@ -22,7 +25,8 @@ struct ExportCommand {
 CLI::App* AddExportCommand(CLI::App& app, ExportCommand& command);
 
 // Exports what `command` asks for and returns the tool's exit status: 0 done,
-// 1 an export that stopped early (nothing written), 2 an error, 64 wrong usage.
+// 1 an export that stopped early (nothing written) or, with --all, a part
+// that could not be written (the others are), 2 an error, 64 wrong usage.
 int RunExport(const ExportCommand& command);
 
 }  // namespace musedata::tool

@@ -46,3 +46,58 @@ FinishCounts FinishScore(const Document& document,
                          const std::function<void(const std::string&)>& warning = {});
 
 }  // namespace musedata
+
+namespace musedata {
+
+// How many changes of each kind the finishing step for MuseData made.
+struct MuseDataFinishCounts {
+  int32_t scorePartsAdded = 0;        // parts missing from the part-list given a score-part
+  int32_t voicesRenumbered = 0;       // voices that are no number given one
+  int32_t measureNumbersDropped = 0;  // measure numbers that are no bar number (invented, "12a")
+  int32_t attributesCompleted = 0;    // opening attributes given a key, divisions, time or clef
+  int32_t attributesMended = 0;       // attribute values MuseData cannot hold, mended or left out
+  int32_t attributesRemoved = 0;      // attributes with nothing MuseData can write
+  int32_t directionsAsWords = 0;      // metronome marks, rehearsal marks, segni ... as words
+  int32_t directionsDropped = 0;      // direction types with neither a code nor a text
+  int32_t cueTimeKept = 0;            // cue notes that take time, followed by a rest that keeps it
+  int32_t unpitchedPlaced = 0;        // unpitched notes written at their display position
+  int32_t durationsMended = 0;        // notes without a duration given the one their type says
+  int32_t positionsDropped = 0;       // notes whose computed layout positions were left out
+  int32_t soundsMended = 0;           // sounds with attributes MuseData has no code for
+  int32_t closingBarLines = 0;        // parts given a closing bar line
+  int32_t divisionsReduced = 0;       // parts whose divisions were divided to fit three columns
+};
+
+// Each kind of change as a reader names it, with its count, in the order the
+// step makes them.
+std::vector<std::pair<std::string, int32_t>> CountsByKind(const MuseDataFinishCounts& counts);
+
+struct MuseDataFinishOptions {
+  // The part to finish (from 1); 0 finishes every part.
+  int32_t part = 0;
+  // Keeps the layout positions (default-x, default-y, relative-x,
+  // relative-y) of notes and their notations, which become "P" lines; by
+  // default they are left out, since notation programs write the positions
+  // they computed on every note, not an editor's suggestion.
+  bool keepPositions = false;
+  // Divides each part's divisions and durations by their greatest common
+  // divisor when a duration does not fit MuseData's three columns.
+  bool reduceDivisions = true;
+};
+
+// The finishing step for MuseData: mends, in the score-partwise `document`
+// itself, what the export would write as MuseData that other readers (and
+// our own import) refuse or misread: attributes with nothing MuseData can
+// hold, an opening "$" without key, divisions, time or clef, a part without a
+// closing bar line, measure numbers that are no bar number, directions whose
+// type has no MuseData code (written as words: "q = 120", a rehearsal mark's
+// text, "Segno"), cue notes whose time would be lost, unpitched notes, voices
+// that are no number, parts missing from the part-list, computed layout
+// positions, durations too wide for three columns. `warning` receives, naming
+// part and measure, each change that drops or guesses something. Raises
+// ConverterError (source "Verdantix") when a pass fails.
+MuseDataFinishCounts FinishForMuseData(const Document& document,
+                                       const MuseDataFinishOptions& options = {},
+                                       const std::function<void(const std::string&)>& warning = {});
+
+}  // namespace musedata

@@ -105,15 +105,29 @@ struct ExportOptions {
   // that scores written with 480 or 10080 divisions fit MuseData's
   // three-column durations. The host's document is never changed.
   bool reduceDivisions = false;
+  // Exports a copy of the score mended by the finishing step for MuseData
+  // (FinishForMuseData in musedata/finish.h, which reduces the divisions
+  // too unless `reduceDivisions` is off), so that other programs' readers
+  // and our own import take the MuseData; its counts go to `finished`.
+  // Off, the part is written exactly as the converter writes it.
+  bool finish = false;
+  // With `finish`: keeps the layout positions of notes as "P" lines.
+  bool keepPositions = false;
+  // The score's name in error messages ("minuet.musicxml"); errors name it,
+  // the part and the measure being written.
+  std::string name;
+  // Receives what the finishing step changed, when it ran.
+  std::function<void(const MuseDataFinishCounts& counts)> finished;
 };
 
 // Writes part `partNumber` (from 1) of the score-partwise `document` as the
 // MuseData file `path`, which is replaced only when the whole part was
 // written. Returns false, writing nothing, when the document is not
 // score-partwise or the export was cancelled. Raises ConverterError for a
-// part that cannot be written: a part number the document does not have
-// raises 0x800417B2 "No part number N found", a part without its score-part
-// 0x800417B3 "No score-part number N found".
+// part that cannot be written, its description led by the score's name, the
+// part (number and name) and the measure being written: a part number the
+// document does not have raises 0x800417B2 "No part number N found", a part
+// without its score-part 0x800417B3 "No score-part number N found".
 bool ExportPart(const Document& document, int32_t partNumber, const std::string& path,
                 const ExportOptions& options = {});
 

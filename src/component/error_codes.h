@@ -111,4 +111,13 @@ inline constexpr Procedure kMendValues{6097, "MuseData MendValues"};
 inline constexpr Procedure kMendCourtesyAccidentals{6098, "MuseData MendCourtesyAccidentals"};
 inline constexpr Procedure kNameInstrument{6099, "MuseData NameInstrument"};
 
+// The finishing step for MuseData, over the tool's copy of a score.
+inline constexpr Procedure kFinishForMuseData{6110, "MuseData FinishForMuseData"};
+inline constexpr Procedure kAddMissingScoreParts{6111, "MuseData AddMissingScoreParts"};
+inline constexpr Procedure kRenumberVoices{6112, "MuseData RenumberVoices"};
+inline constexpr Procedure kMendAttributesForMuseData{6113, "MuseData MendAttributes"};
+inline constexpr Procedure kCompleteOpeningAttributes{6114, "MuseData CompleteOpeningAttributes"};
+inline constexpr Procedure kWriteDirectionsAsWords{6115, "MuseData WriteDirectionsAsWords"};
+inline constexpr Procedure kMendNotes{6116, "MuseData MendNotes"};
+
 }  // namespace musedata

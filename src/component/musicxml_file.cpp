@@ -14,6 +14,7 @@
 #include "component/line_source.h"
 #include "component/zip_archive.h"
 #include "encoding/numbers.h"
+#include "export_finish/divisions.h"
 #include "musedata/converter_error.h"
 #include "musedata/score.h"
 #include "xml/node.h"
@@ -140,58 +141,6 @@ std::string EscapeAttribute(std::string_view text) {
   return escaped;
 }
 
-// ---- Divisions that fit ----
-
-// The elements of one part that count time in divisions: `divisions` itself,
-// and the `duration` and `offset` of every element of its measures.
-std::vector<xml::Node> TimedElements(xml::Node part) {
-  std::vector<xml::Node> timed;
-  for (const xml::Node measure : part.Children()) {
-    for (const xml::Node element : measure.Children()) {
-      for (const xml::Node value : element.Children()) {
-        const std::string_view name = value.Name();
-        if (name == "duration" || name == "offset" || name == "divisions") timed.push_back(value);
-      }
-    }
-  }
-  return timed;
-}
-
-// Whether a value fits the three columns that MuseData gives a duration or
-// an offset.
-bool FitsThreeColumns(int64_t value) {
-  return value >= -99 && value <= 999;
-}
-
-// What a part's durations are to be divided by: their greatest common
-// divisor when one of them is too wide for its columns, otherwise 1, so that
-// a part that fits keeps its own divisions. Also 1 when the part has no
-// `divisions` or a value that is not a whole number.
-int64_t CommonDivisor(const std::vector<xml::Node>& timed) {
-  int64_t divisor = 0;
-  bool hasDivisions = false;
-  bool fits = true;
-  for (const xml::Node value : timed) {
-    const std::optional<int64_t> number = WholeNumber(value.Text());
-    if (!number) return 1;
-    if (value.Name() == "divisions") {
-      hasDivisions = true;
-    } else {
-      fits = fits && FitsThreeColumns(*number);
-    }
-    divisor = std::gcd(divisor, *number);
-  }
-  return hasDivisions && !fits && divisor > 1 ? divisor : 1;
-}
-
-void DivideValues(const std::vector<xml::Node>& timed, int64_t divisor) {
-  for (const xml::Node value : timed) {
-    const int64_t reduced = *WholeNumber(value.Text()) / divisor;
-    while (const xml::Node child = value.FirstChild()) child.Remove();
-    value.AppendText(std::to_string(reduced));
-  }
-}
-
 }  // namespace
 
 Document ReadMusicXml(std::string_view bytes, const std::string& name) {
@@ -243,7 +192,7 @@ Document ReduceDivisions(const Document& document) {
   std::vector<int64_t> divisors;
   bool reducible = false;
   for (const xml::Node part : xml::Root(document).Children("part")) {
-    divisors.push_back(CommonDivisor(TimedElements(part)));
+    divisors.push_back(export_finish::DivisorOf(part));
     reducible = reducible || divisors.back() > 1;
   }
   if (!reducible) return document;
@@ -251,7 +200,7 @@ Document ReduceDivisions(const Document& document) {
   size_t index = 0;
   for (const xml::Node part : xml::Root(copy).Children("part")) {
     const int64_t divisor = divisors[index++];
-    if (divisor > 1) DivideValues(TimedElements(part), divisor);
+    if (divisor > 1) export_finish::DivideBy(part, divisor);
   }
   return copy;
 }

@@ -16,6 +16,7 @@
 #include "encoding/code_pages.h"
 #include "encoding/record_view.h"
 #include "musedata/converter_error.h"
+#include "musedata/finish.h"
 #include "musedata/muse_data.h"
 #include "musedata/registry.h"
 #include "xml/node.h"
@@ -366,15 +367,70 @@ ImportResult ImportScoreFromMemory(const std::vector<InputFile>& files,
   });
 }
 
+namespace {
+
+// Where an export stood: "minuet.musicxml part 2 (Viola), measure 12", from
+// the part's child node that `Saving` last reported as written (the count
+// starts at 3 and rises by one after each child of the part).
+std::string ExportPlace(const Document& document, int32_t partNumber, const std::string& name,
+                        int32_t lastCount) {
+  const xml::Node root = xml::Root(document);
+  xml::Node part;
+  int32_t index = 0;
+  for (const xml::Node candidate : root.Children("part"))
+    if (++index == partNumber) part = candidate;
+  std::string place = name.empty() ? std::string("the score") : name;
+  place += " part " + std::to_string(partNumber);
+  if (!part) return place;
+  for (const xml::Node scorePart : root.Child("part-list").Children("score-part")) {
+    if (scorePart.Attr("id") != part.Attr("id")) continue;
+    const std::string partName = scorePart.Child("part-name").Text();
+    if (!partName.empty()) place += " (" + partName + ")";
+    break;
+  }
+  if (lastCount < 3) return place + ", header";
+  xml::Node child = part.FirstChild();
+  for (int32_t skip = lastCount - 3; child && skip > 0; --skip) child = child.Next();
+  if (!child) return place + ", after the last measure";
+  if (child.IsElement()) return place + ", measure " + std::string(child.Attr("number"));
+  return place;
+}
+
+}  // namespace
+
 bool ExportPart(const Document& document, int32_t partNumber, const std::string& path,
                 const ExportOptions& options) {
   const std::unique_ptr<MuseData> component = CreateMuseData();
-  component->SetXML(options.reduceDivisions ? ReduceDivisions(document) : document);
+  Document score = document;
+  if (options.finish) {
+    score = xml::CopyDocument(document);
+    MuseDataFinishOptions finishing;
+    finishing.part = partNumber;
+    finishing.keepPositions = options.keepPositions;
+    finishing.reduceDivisions = options.reduceDivisions;
+    const MuseDataFinishCounts counts = FinishForMuseData(score, finishing, options.warning);
+    if (options.finished) options.finished(counts);
+  } else if (options.reduceDivisions) {
+    score = ReduceDivisions(document);
+  }
+  component->SetXML(score);
   component->SetPartNumber(partNumber);
-  component->Saving = options.progress;
+  int32_t lastCount = 0;
+  component->Saving = [&](int32_t current, int32_t size, bool& cancel) {
+    lastCount = current;
+    if (options.progress) options.progress(current, size, cancel);
+  };
   component->Warning = options.warning;
   if (!component->Warning) component->Warning = [](const std::string&) {};
-  return component->Save(path);
+  try {
+    return component->Save(path);
+  } catch (const ConverterError& error) {
+    // The cancellation error of a host's handler passes as it came.
+    if (error.Number() == kErrorBase + 6007) throw;
+    throw ConverterError(
+        error.Number(), error.Source(),
+        ExportPlace(score, partNumber, options.name, lastCount) + ": " + error.Description());
+  }
 }
 
 std::string ToMusicXmlText(const Document& document) {

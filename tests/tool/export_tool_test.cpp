@@ -18,11 +18,14 @@ ToolRun RunIn(const TempDir& folder, const std::string& arguments) {
 
 const std::string kSonatina = MUSEDATA_TEST_DATA "/export/sonatina.musicxml";
 
-// The two-part sonatina with the piano's left hand in a voice that is not a
-// number, which the export refuses.
+// The two-part sonatina with a backup in the piano's third measure that has
+// no duration, which the export cannot write.
 std::string BrokenSonatina() {
   std::string score = ReadFile(kSonatina);
-  for (size_t at; (at = score.find("<voice>5<")) != std::string::npos;) score[at + 7] = 'x';
+  const std::string backup =
+      "<backup><duration>12</duration></backup>\n      <note><pitch><step>G</step>";
+  const size_t at = score.find(backup);
+  if (at != std::string::npos) score.replace(at, backup.find('\n'), "<backup/>");
   return score;
 }
 
@@ -86,23 +89,25 @@ TEST(ExportTool, ReducesDivisionsToFitTheDurationColumns) {
   EXPECT_EQ(Names(folder.Path()), std::vector<std::string>{"fine.xml"});
 }
 
-// Any failure: one error line, exit 2, and no file or folder made or
-// replaced, even when the second of two parts fails.
+// Any failure of a single part: one error line naming the file, the part
+// and the measure, exit 2, and no file made or replaced.
 TEST(ExportTool, FailuresReportOneLineAndWriteNothing) {
   const TempDir folder;
   folder.Write("broken.xml", "<score-partwise>\n  <part id=\"P1\">\n</score-partwise>\n");
   folder.Write("two.xml", BrokenSonatina());
-  fs::create_directory(folder.Path() + "/parts");
-  folder.Write("parts/01.md", "a good part");
   const std::pair<const char*, std::string> rows[] = {
       {"-o kept.md broken.xml",
        "error 0x00000005 (musedata): broken.xml, line 4, column 1: not well-formed XML: "
        "Premature end of data in tag score-partwise line 1"},
       {"-o kept.md none.xml", "error 0x00000035 (musedata): File none.xml not found"},
-      {"-p 3 -o kept.md two.xml", "error 0x800417B2 (Verdantix): No part number 3 found"},
-      {"-p 2 two.xml", "error 0x800417A4 (Verdantix): MuseData InitTracks error 13"},
-      {"--all -o parts two.xml", "error 0x800417A4 (Verdantix): MuseData InitTracks error 13"},
-      {"--all -o fresh two.xml", "error 0x800417A4 (Verdantix): MuseData InitTracks error 13"},
+      {"-p 3 -o kept.md two.xml",
+       "error 0x800417B2 (Verdantix): two.xml part 3: No part number 3 found"},
+      {"-p 2 two.xml",
+       "error 0x800417A9 (Verdantix): two.xml part 2 (Pianoforte), measure 3: "
+       "MuseData SaveBackupForward error 91"},
+      {"--literal -p 2 -o kept.md two.xml",
+       "error 0x800417A9 (Verdantix): two.xml part 2 (Pianoforte), measure 3: "
+       "MuseData SaveBackupForward error 91"},
   };
   folder.Write("kept.md", "a good part");
   const std::vector<std::string> before = Names(folder.Path());
@@ -114,9 +119,34 @@ TEST(ExportTool, FailuresReportOneLineAndWriteNothing) {
     EXPECT_EQ(std::count(run.err.begin(), run.err.end(), '\n'), 1) << run.err;
     EXPECT_EQ(run.out, "");
     EXPECT_EQ(ReadFile(folder.Path() + "/kept.md"), "a good part");
-    EXPECT_EQ(ReadFile(folder.Path() + "/parts/01.md"), "a good part");
     EXPECT_EQ(Names(folder.Path()), before);
   }
+}
+
+// --all writes every part that exports, names the one that does not and
+// exits 1; a folder it made stays only when a part went into it.
+TEST(ExportTool, AllWritesThePartsThatExportAndNamesTheOthers) {
+  const TempDir folder;
+  folder.Write("two.xml", BrokenSonatina());
+  fs::create_directory(folder.Path() + "/parts");
+  folder.Write("parts/02.md", "an older part");
+  for (const char* output : {"parts", "fresh"}) {
+    SCOPED_TRACE(output);
+    const ToolRun run = RunIn(folder, std::string("export --all -o ") + output + " two.xml");
+    EXPECT_EQ(run.status, 1) << run.err;
+    EXPECT_NE(run.err.find("musedata: error 0x800417A9 (Verdantix): two.xml part 2 (Pianoforte), "
+                           "measure 3: MuseData SaveBackupForward error 91"),
+              std::string::npos)
+        << run.err;
+    EXPECT_NE(run.err.find("1 of 2 parts of two.xml written to " + std::string(output) +
+                           "; not written: part 2"),
+              std::string::npos)
+        << run.err;
+    const std::string first = ReadFile(folder.Path() + "/" + output + "/01.md");
+    EXPECT_NE(first.find("score: part 1 of 2"), std::string::npos) << first;
+  }
+  EXPECT_EQ(ReadFile(folder.Path() + "/parts/02.md"), "an older part");
+  EXPECT_EQ(Names(folder.Path() + "/fresh"), std::vector<std::string>{"01.md"});
 }
 
 }  // namespace

@@ -1,0 +1,148 @@
+// Directions and sounds as MuseData's records hold them. A direction record
+// knows words, dynamics, wedges, dashes, pedal marks and octave shifts; any
+// other type would be written with a code the import refuses, or none.
+
+#include <string>
+#include <vector>
+
+#include "component/error_codes.h"
+#include "export_finish/passes.h"
+
+namespace musedata::export_finish {
+namespace {
+
+constexpr std::string_view kTypesWithCodes[] = {"words",  "wedge", "dynamics",
+                                                "dashes", "pedal", "octave-shift"};
+
+bool HasCode(std::string_view name) {
+  for (const std::string_view known : kTypesWithCodes)
+    if (name == known) return true;
+  return false;
+}
+
+// The letter MuseData's note records give a note value, as musicians write
+// tempo marks with them ("q = 120").
+std::string_view NoteLetter(std::string_view unit) {
+  struct Unit {
+    std::string_view name;
+    std::string_view letter;
+  };
+  static constexpr Unit kUnits[] = {{"long", "L"},  {"breve", "b"},   {"whole", "w"},
+                                    {"half", "h"},  {"quarter", "q"}, {"eighth", "e"},
+                                    {"16th", "s"},  {"32nd", "t"},    {"64th", "x"},
+                                    {"128th", "y"}, {"256th", "z"}};
+  for (const Unit& entry : kUnits)
+    if (entry.name == unit) return entry.letter;
+  return "";
+}
+
+std::string Trimmed(std::string text) {
+  const size_t first = text.find_first_not_of(" \t\r\n");
+  if (first == std::string::npos) return {};
+  const size_t last = text.find_last_not_of(" \t\r\n");
+  return text.substr(first, last - first + 1);
+}
+
+// A metronome mark as text: "q = 120", "q. = 60", "h = q" (a metric
+// modulation), in parentheses when it is printed so.
+std::string MetronomeText(xml::Node metronome) {
+  std::vector<std::string> units;
+  std::string perMinute;
+  for (const xml::Node child : metronome.Children()) {
+    const std::string_view name = child.Name();
+    if (name == "beat-unit") {
+      units.emplace_back(NoteLetter(Trimmed(child.Text())));
+    } else if (name == "beat-unit-dot" && !units.empty()) {
+      units.back() += '.';
+    } else if (name == "per-minute") {
+      perMinute = Trimmed(child.Text());
+    }
+  }
+  std::string text;
+  if (units.size() == 1 && !units[0].empty() && !perMinute.empty()) {
+    text = units[0] + " = " + perMinute;
+  } else if (units.size() == 2 && !units[0].empty() && !units[1].empty()) {
+    text = units[0] + " = " + units[1];
+  } else if (!perMinute.empty()) {
+    text = "M.M. " + perMinute;
+  }
+  if (!text.empty() && metronome.Attr("parentheses") == "yes") text = "(" + text + ")";
+  return text;
+}
+
+// The text that stands for a direction type without a MuseData code; empty
+// when it has none.
+std::string TextFor(xml::Node type) {
+  const std::string_view name = type.Name();
+  if (name == "metronome") return MetronomeText(type);
+  if (name == "segno") return "Segno";
+  if (name == "coda") return "Coda";
+  if (name == "rehearsal" || name == "other-direction") return Trimmed(type.Text());
+  return {};
+}
+
+// The attributes of a mark that the words keep: the font, which becomes the
+// record's font number.
+constexpr const char* kFontAttributes[] = {"font-family", "font-style", "font-size", "font-weight"};
+
+}  // namespace
+
+DirectionChanges WriteDirectionsAsWords(const PartInScore& part, xml::Node measure,
+                                        Context& context) {
+  return Trap(kWriteDirectionsAsWords, context.Caught(), [&] {
+    DirectionChanges changes;
+    std::vector<xml::Node> directions;
+    for (const xml::Node direction : measure.Children("direction")) directions.push_back(direction);
+    for (const xml::Node direction : directions) {
+      std::vector<xml::Node> types;
+      for (const xml::Node type : direction.Children("direction-type")) types.push_back(type);
+      for (const xml::Node type : types) {
+        const xml::Node first = type.FirstElement();
+        if (first && HasCode(first.Name())) continue;
+        std::string text;
+        for (const xml::Node mark : type.Children()) {
+          const std::string piece = TextFor(mark);
+          if (piece.empty()) continue;
+          if (!text.empty()) text += ' ';
+          text += piece;
+        }
+        if (text.empty()) {
+          context.Warn(part, measure,
+                       "a direction (" + std::string(first ? first.Name() : "empty") +
+                           ") has no MuseData record and no text; left out");
+          type.Remove();
+          ++changes.dropped;
+          continue;
+        }
+        const xml::Node words = type.PrependElement("words");
+        for (const char* attribute : kFontAttributes)
+          if (first.HasAttr(attribute)) words.SetAttr(attribute, first.Attr(attribute));
+        words.AppendText(text);
+        while (const xml::Node other = words.NextElement()) other.Remove();
+        ++changes.asWords;
+      }
+      if (!direction.Child("direction-type")) direction.Remove();
+    }
+    return changes;
+  });
+}
+
+int32_t MendSounds(xml::Node measure) {
+  int32_t mended = 0;
+  for (const xml::Node sound : measure.Children("sound")) {
+    bool changed = false;
+    for (const xml::Node::Attribute& attribute : sound.Attributes()) {
+      const std::string_view name = attribute.name;
+      const bool coded = name == "tempo" || name == "dynamics" || name == "segno" ||
+                         name == "fine" || name == "pizzicato" || name == "forward-repeat" ||
+                         (name == "dacapo" && attribute.value == "yes");
+      if (coded) continue;
+      sound.RemoveAttr(std::string(name).c_str());
+      changed = true;
+    }
+    if (changed) ++mended;
+  }
+  return mended;
+}
+
+}  // namespace musedata::export_finish

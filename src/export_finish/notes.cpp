@@ -1,0 +1,195 @@
+// Notes as MuseData's note records hold them: cue notes keep their time,
+// unpitched notes their place on the staff, every note a duration; the
+// positions a notation program computed for its own layout are left out.
+
+#include <string>
+#include <vector>
+
+#include "component/error_codes.h"
+#include "export_finish/passes.h"
+
+namespace musedata::export_finish {
+namespace {
+
+constexpr const char* kPositionAttributes[] = {"default-x", "default-y", "relative-x",
+                                               "relative-y"};
+constexpr std::string_view kSteps = "CDEFGAB";
+
+// Removes the layout positions of `element` and everything below it; true
+// when there were any.
+bool DropPositions(xml::Node element) {
+  bool dropped = false;
+  for (const char* attribute : kPositionAttributes) {
+    if (!element.HasAttr(attribute)) continue;
+    element.RemoveAttr(attribute);
+    dropped = true;
+  }
+  for (const xml::Node child : element.Children()) dropped = DropPositions(child) || dropped;
+  return dropped;
+}
+
+void ReadClefs(xml::Node attributes, NoteWalk& walk) {
+  for (const xml::Node clef : attributes.Children("clef")) {
+    const int32_t staff = clef.AttrInt("number", 1);
+    if (staff < 1 || staff > 9) continue;
+    if (walk.clefs.size() < static_cast<size_t>(staff))
+      walk.clefs.resize(static_cast<size_t>(staff));
+    NoteWalk::Clef& entry = walk.clefs[static_cast<size_t>(staff - 1)];
+    const std::string sign = clef.Child("sign").Text();
+    entry.sign = sign.empty() ? 'G' : sign[0];
+    int64_t number = 0;
+    const bool hasLine = ReadWholeNumber(clef.Child("line").Text(), number);
+    entry.line = hasLine ? static_cast<int32_t>(number)
+                         : (entry.sign == 'F'   ? 4
+                            : entry.sign == 'C' ? 3
+                                                : 2);
+    entry.octaveChange = ReadWholeNumber(clef.Child("clef-octave-change").Text(), number)
+                             ? static_cast<int32_t>(number)
+                             : 0;
+  }
+}
+
+// The step and octave of the middle line of `clef`'s staff, where an
+// unpitched note without a display position stands.
+std::pair<char, int32_t> MiddleLine(const NoteWalk::Clef& clef) {
+  // The line of a G clef is G4, of an F clef F3, of a C clef C4; each line
+  // lies two steps from the next.
+  int32_t step = clef.sign == 'F' ? 3 + 3 * 7 : clef.sign == 'C' ? 0 + 4 * 7 : 4 + 4 * 7;
+  step += (3 - clef.line) * 2 + clef.octaveChange * 7;
+  return {kSteps[static_cast<size_t>(step % 7)], step / 7};
+}
+
+// Writes `unpitched` as a pitch at its display position.
+void PlaceUnpitched(xml::Node note, xml::Node unpitched, const NoteWalk& walk) {
+  std::string step = unpitched.Child("display-step").Text();
+  std::string octave = unpitched.Child("display-octave").Text();
+  if (step.empty() || octave.empty()) {
+    const int32_t staff = static_cast<int32_t>(std::max<int64_t>(1, [&] {
+      int64_t number = 1;
+      ReadWholeNumber(note.Child("staff").Text(), number);
+      return number;
+    }()));
+    const NoteWalk::Clef clef = static_cast<size_t>(staff) <= walk.clefs.size()
+                                    ? walk.clefs[static_cast<size_t>(staff - 1)]
+                                    : NoteWalk::Clef{};
+    const auto [middleStep, middleOctave] = MiddleLine(clef);
+    step = std::string(1, middleStep);
+    octave = std::to_string(middleOctave);
+  }
+  const xml::Node pitch = note.InsertElementBefore("pitch", unpitched);
+  pitch.AppendElement("step", step);
+  pitch.AppendElement("octave", octave);
+  unpitched.Remove();
+}
+
+// The duration, in divisions, of a note of the type and dots of `note`.
+int64_t DurationOfType(xml::Node note, int32_t divisions) {
+  struct Value {
+    std::string_view type;
+    int64_t sixtyFourths;  // of a whole note, times 4 for the shortest values
+  };
+  static constexpr Value kValues[] = {{"long", 4096}, {"breve", 2048},  {"whole", 1024},
+                                      {"half", 512},  {"quarter", 256}, {"eighth", 128},
+                                      {"16th", 64},   {"32nd", 32},     {"64th", 16},
+                                      {"128th", 8},   {"256th", 4}};
+  const std::string type = note.Child("type").Text();
+  int64_t length = 0;
+  for (const Value& value : kValues)
+    if (value.type == type) length = value.sixtyFourths;
+  if (length == 0) length = 256;
+  int64_t total = length;
+  for (int32_t dots = note.CountChildren("dot"); dots > 0; --dots) {
+    length /= 2;
+    total += length;
+  }
+  int64_t actual = 1;
+  int64_t normal = 1;
+  if (const xml::Node ratio = note.Child("time-modification")) {
+    ReadWholeNumber(ratio.Child("actual-notes").Text(), actual);
+    ReadWholeNumber(ratio.Child("normal-notes").Text(), normal);
+    if (actual < 1 || normal < 1) actual = normal = 1;
+  }
+  // A quarter is `divisions`, and 256 of the units above.
+  const int64_t scaled = total * divisions * normal;
+  const int64_t per = 256 * actual;
+  return (scaled + per / 2) / per;
+}
+
+}  // namespace
+
+NoteChanges MendNotes(const PartInScore& part, xml::Node measure, bool keepPositions,
+                      NoteWalk& walk, Context& context) {
+  return Trap(kMendNotes, context.Caught(), [&] {
+    NoteChanges changes;
+    xml::Node cue;  // a cue note that takes time, and its chord tones after it
+    xml::Node lastOfCue;
+    xml::Node lastDuration;  // the duration of the last note, shared by its chord tones
+    const auto keepCueTime = [&] {
+      if (!cue) return;
+      const xml::Node forward = measure.InsertElementBefore("forward", lastOfCue.NextElement());
+      forward.AppendElement("duration", cue.Child("duration").Text());
+      if (const xml::Node voice = cue.Child("voice")) forward.AppendElement("voice", voice.Text());
+      if (const xml::Node staff = cue.Child("staff")) forward.AppendElement("staff", staff.Text());
+      ++changes.cueTime;
+      cue = xml::Node();
+    };
+    std::vector<xml::Node> elements;
+    for (const xml::Node element : measure.Children()) elements.push_back(element);
+    for (const xml::Node element : elements) {
+      const std::string_view name = element.Name();
+      if (name == "attributes") {
+        if (const xml::Node divisions = element.Child("divisions")) {
+          int64_t number = 0;
+          if (ReadWholeNumber(divisions.Text(), number) && number > 0 && number < (1 << 24))
+            walk.divisions = static_cast<int32_t>(number);
+        }
+        ReadClefs(element, walk);
+      }
+      if (name != "note") {
+        keepCueTime();
+        continue;
+      }
+      const bool chordTone = static_cast<bool>(element.Child("chord"));
+      if (!chordTone) keepCueTime();
+      if (!keepPositions && DropPositions(element)) ++changes.positions;
+      if (const xml::Node unpitched = element.Child("unpitched")) {
+        PlaceUnpitched(element, unpitched, walk);
+        ++changes.unpitched;
+      } else if (!element.Child("pitch") && !element.Child("rest")) {
+        finish::InsertBeforeFirstOf(
+            element, "rest",
+            {"duration", "tie", "instrument", "footnote", "level", "voice", "type", "dot"});
+        context.Warn(part, measure, "a note with neither pitch nor rest is written as a rest");
+      }
+      const bool grace = static_cast<bool>(element.Child("grace"));
+      xml::Node duration = element.Child("duration");
+      if (!grace && !duration) {
+        duration = finish::InsertBeforeFirstOf(
+            element, "duration",
+            {"tie", "instrument", "footnote", "level", "voice", "type", "dot", "accidental",
+             "time-modification", "stem", "notehead", "notehead-text", "staff", "beam", "notations",
+             "lyric", "play", "listen"});
+        if (chordTone && lastDuration) {
+          duration.AppendText(lastDuration.Text());
+        } else {
+          duration.AppendText(std::to_string(DurationOfType(element, std::max(walk.divisions, 1))));
+          if (!element.Child("cue"))
+            context.Warn(part, measure,
+                         "a " + finish::PitchName(element) +
+                             " without a duration is given the one its type says");
+        }
+        ++changes.durations;
+      }
+      if (!chordTone) lastDuration = duration;
+      int64_t length = 0;
+      if (!chordTone && element.Child("cue") && !grace &&
+          ReadWholeNumber(duration.Text(), length) && length > 0)
+        cue = element;
+      if (cue) lastOfCue = element;
+    }
+    keepCueTime();
+    return changes;
+  });
+}
+
+}  // namespace musedata::export_finish
