@@ -143,9 +143,15 @@ py::dict ImportMemory(const std::vector<std::pair<std::string, py::bytes>>& file
 // Exports part `part` of the MusicXML `bytes` (text or .mxl) as MuseData text,
 // or into the file `out`.
 py::dict ExportBytes(const std::string& bytes, const std::string& name, int32_t part,
-                     const py::object& progress, const std::optional<std::string>& out) {
+                     const py::object& progress, const std::optional<std::string>& out,
+                     bool literal, bool keepDivisions, bool positions) {
   Outcome outcome;
+  // The options of `musedata export`, so that both give the same MuseData.
   musedata::ExportOptions options;
+  options.finish = !literal;
+  options.reduceDivisions = !keepDivisions;
+  options.keepPositions = positions;
+  options.name = name;
   options.warning = [&outcome](const std::string& text) { outcome.warnings.push_back({text, {}}); };
   if (!progress.is_none()) {
     options.progress = [&outcome, &progress](int32_t current, int32_t size, bool& cancel) {
@@ -177,6 +183,7 @@ PYBIND11_MODULE(_musedata, module) {
   module.def("import_memory", &ImportMemory, py::arg("files"), py::arg("group"),
              py::arg("encoding"), py::arg("progress"));
   module.def("export_bytes", &ExportBytes, py::arg("bytes"), py::arg("name"), py::arg("part"),
-             py::arg("progress"), py::arg("out"));
+             py::arg("progress"), py::arg("out"), py::arg("literal") = false,
+             py::arg("keep_divisions") = false, py::arg("positions") = false);
   module.attr("CANCELLED") = musedata::kErrorBase + 6007;
 }

@@ -199,7 +199,11 @@ void HandleMuseData(const httplib::Request& request, httplib::Response& response
   try {
     const Document document = ParseMusicXml(request.body, "score.musicxml");
     json warnings = json::array();
+    // The part as `musedata export` writes it.
     ExportOptions options;
+    options.finish = true;
+    options.reduceDivisions = true;
+    options.name = "score.musicxml";
     options.warning = [&](const std::string& text) {
       warnings.push_back(Message("warning", text, {}));
     };

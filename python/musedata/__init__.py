@@ -145,18 +145,28 @@ def _musicxml_bytes(musicxml_path_or_text):
         return stream.read(), os.fsdecode(path)
 
 
-def to_musedata(musicxml_path_or_text, part=1, progress=None):
-    """Part ``part`` (from 1) of a MusicXML score as MuseData text. The score
-    is a path to a .musicxml, .xml or .mxl file, or the MusicXML text."""
+def to_musedata(musicxml_path_or_text, part=1, progress=None, literal=False,
+                keep_divisions=False, positions=False):
+    """Part ``part`` (from 1) of a MusicXML score as MuseData text, exactly as
+    ``musedata export`` writes it with the same options. The score is a path
+    to a .musicxml, .xml or .mxl file, or the MusicXML text. ``literal``
+    skips the finishing step that makes MuseData other readers take,
+    ``keep_divisions`` keeps durations too wide for MuseData's three columns
+    (they are clamped), ``positions`` keeps the layout positions of notes as
+    "P" lines."""
     data, name = _musicxml_bytes(musicxml_path_or_text)
-    return _finish(_musedata.export_bytes(data, name, part, progress, None))
+    return _finish(_musedata.export_bytes(data, name, part, progress, None,
+                                          literal, keep_divisions, positions))
 
 
-def export_part(musicxml_path_or_text, out, part=1, progress=None):
+def export_part(musicxml_path_or_text, out, part=1, progress=None, literal=False,
+                keep_divisions=False, positions=False):
     """Writes part ``part`` of a MusicXML score as the MuseData file ``out``,
-    which is replaced only when the whole part was written."""
+    which is replaced only when the whole part was written; the options are
+    those of ``to_musedata``."""
     data, name = _musicxml_bytes(musicxml_path_or_text)
-    _finish(_musedata.export_bytes(data, name, part, progress, os.fspath(out)))
+    _finish(_musedata.export_bytes(data, name, part, progress, os.fspath(out),
+                                   literal, keep_divisions, positions))
 
 
 def _musicxml_from_memory(files, group="score", encoding="auto", progress=None):

@@ -165,6 +165,37 @@ def test_musicxml_to_musedata(tmp_path, minuet_parts):
     assert out.read_text(encoding="utf-8") == text
 
 
+@pytest.mark.skipif("MUSEDATA_TOOL" not in os.environ, reason="needs the built tool")
+@pytest.mark.parametrize("options,flags", [
+    ({}, []),
+    ({"literal": True}, ["--literal"]),
+    ({"keep_divisions": True, "positions": True}, ["--keep-divisions", "--positions"]),
+])
+def test_to_musedata_gives_what_the_tool_writes(tmp_path, options, flags):
+    score = pathlib.Path(os.environ["MUSEDATA_TEST_DATA"]) / "export" / "finishing.musicxml"
+    for part in (1, 2):
+        tool = subprocess.run([os.environ["MUSEDATA_TOOL"], "export", "-p", str(part), *flags,
+                               str(score)], capture_output=True, text=True)
+        if tool.returncode != 0:
+            # The literal export of a voice that is no number fails alike.
+            with pytest.raises(musedata.ConverterError) as raised:
+                musedata.to_musedata(score, part=part, **options)
+            assert tool.stderr == "musedata: " + str(raised.value) + "\n"
+            continue
+        with warnings.catch_warnings(record=True) as caught:
+            warnings.simplefilter("always")
+            text = musedata.to_musedata(score, part=part, **options)
+        assert text == tool.stdout
+        told = [line.removeprefix("musedata: warning: ")
+                for line in tool.stderr.splitlines()]
+        assert [str(w.message) for w in caught] == told
+        out = tmp_path / f"{part}.md"
+        with warnings.catch_warnings():
+            warnings.simplefilter("ignore")
+            musedata.export_part(score, out, part=part, **options)
+        assert out.read_text(encoding="utf-8") == text
+
+
 def test_a_bare_python_in_the_checkout_imports_the_built_package(tmp_path):
     # No PYTHONPATH: the interpreter finds the package through the stand-in at
     # the top of the checkout, which hands over to the build folder.

@@ -388,7 +388,7 @@ std::string ExportPlace(const Document& document, int32_t partNumber, const std:
     if (!partName.empty()) place += " (" + partName + ")";
     break;
   }
-  if (lastCount < 3) return place + ", header";
+  if (lastCount < 3) return place;  // the header, or the voices read before the measures
   xml::Node child = part.FirstChild();
   for (int32_t skip = lastCount - 3; child && skip > 0; --skip) child = child.Next();
   if (!child) return place + ", after the last measure";

@@ -85,6 +85,27 @@ std::string TextFor(xml::Node type) {
 // record's font number.
 constexpr const char* kFontAttributes[] = {"font-family", "font-style", "font-size", "font-weight"};
 
+// The record's text joins the texts of its marks as they stand: words that
+// follow another mark start with a blank, so that "Allegro" and "h = 72"
+// do not run together.
+void SpaceTheWords(xml::Node direction) {
+  bool text = false;
+  for (const xml::Node type : direction.Children("direction-type")) {
+    for (const xml::Node mark : type.Children()) {
+      const std::string_view name = mark.Name();
+      if (name != "words" && name != "rehearsal" && name != "dynamics") continue;
+      if (name == "words" && text) {
+        const std::string words = mark.Text();
+        if (!words.empty() && words.front() != ' ') {
+          while (const xml::Node child = mark.FirstChild()) child.Remove();
+          mark.AppendText(" " + words);
+        }
+      }
+      text = true;
+    }
+  }
+}
+
 }  // namespace
 
 DirectionChanges WriteDirectionsAsWords(const PartInScore& part, xml::Node measure,
@@ -121,7 +142,14 @@ DirectionChanges WriteDirectionsAsWords(const PartInScore& part, xml::Node measu
         while (const xml::Node other = words.NextElement()) other.Remove();
         ++changes.asWords;
       }
-      if (!direction.Child("direction-type")) direction.Remove();
+      if (!direction.Child("direction-type")) {
+        direction.Remove();
+        continue;
+      }
+      SpaceTheWords(direction);
+      // The record holds no sound; the measure's sound record does.
+      if (const xml::Node sound = direction.Child("sound"))
+        measure.InsertBefore(sound, direction.NextElement());
     }
     return changes;
   });
