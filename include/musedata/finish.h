@@ -59,6 +59,7 @@ struct MuseDataFinishCounts {
   int32_t attributesRemoved = 0;      // attributes with nothing MuseData can write
   int32_t directionsAsWords = 0;      // metronome marks, rehearsal marks, segni ... as words
   int32_t directionsDropped = 0;      // direction types with neither a code nor a text
+  int32_t directionsSplit = 0;        // directions of more types than one record holds
   int32_t cueTimeKept = 0;            // cue notes that take time, followed by a rest that keeps it
   int32_t unpitchedPlaced = 0;        // unpitched notes written at their display position
   int32_t durationsMended = 0;        // notes without a duration given the one their type says

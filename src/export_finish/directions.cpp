@@ -14,7 +14,18 @@ namespace {
 constexpr std::string_view kTypesWithCodes[] = {"words",  "wedge", "dynamics",
                                                 "dashes", "pedal", "octave-shift"};
 
-bool HasCode(std::string_view name) {
+// A wedge, dashes, pedal mark or octave shift that goes on: MuseData has no
+// record for it (the line lasts until its stop anyway), and its start letter
+// would start the line again.
+bool GoesOn(xml::Node mark) {
+  const std::string_view name = mark.Name();
+  return mark.Attr("type") == "continue" &&
+         (name == "wedge" || name == "dashes" || name == "pedal" || name == "octave-shift");
+}
+
+bool HasCode(xml::Node mark) {
+  const std::string_view name = mark.Name();
+  if (GoesOn(mark)) return false;
   for (const std::string_view known : kTypesWithCodes)
     if (name == known) return true;
   return false;
@@ -81,6 +92,35 @@ std::string TextFor(xml::Node type) {
   return {};
 }
 
+// A record holds two types, and takes a dynamic mark that follows its words
+// for its whole text; a direction of more types, or of words then dynamics,
+// goes into as many directions as keep every type and text. Returns how
+// many directions were added.
+int32_t SplitDirection(xml::Node measure, xml::Node direction) {
+  std::vector<std::vector<xml::Node>> groups;
+  bool words = false;
+  for (const xml::Node type : direction.Children("direction-type")) {
+    const std::string_view name = type.FirstElement().Name();
+    if (groups.empty() || groups.back().size() == 2 || (name == "dynamics" && words)) {
+      groups.emplace_back();
+      words = false;
+    }
+    groups.back().push_back(type);
+    words = words || name == "words";
+  }
+  xml::Node previous = direction;
+  for (size_t group = 1; group < groups.size(); ++group) {
+    const xml::Node copy = measure.InsertElementBefore("direction", previous.NextElement());
+    for (const xml::Node::Attribute& attribute : direction.Attributes())
+      copy.SetAttr(std::string(attribute.name).c_str(), attribute.value);
+    for (const xml::Node type : groups[group]) copy.AppendChild(type);
+    for (const char* name : {"offset", "footnote", "level", "voice", "staff"})
+      if (const xml::Node child = direction.Child(name)) copy.AppendElement(name, child.Text());
+    previous = copy;
+  }
+  return groups.empty() ? 0 : static_cast<int32_t>(groups.size() - 1);
+}
+
 // The attributes of a mark that the words keep: the font, which becomes the
 // record's font number.
 constexpr const char* kFontAttributes[] = {"font-family", "font-style", "font-size", "font-weight"};
@@ -119,13 +159,18 @@ DirectionChanges WriteDirectionsAsWords(const PartInScore& part, xml::Node measu
       for (const xml::Node type : direction.Children("direction-type")) types.push_back(type);
       for (const xml::Node type : types) {
         const xml::Node first = type.FirstElement();
-        if (first && HasCode(first.Name())) continue;
+        if (first && HasCode(first)) continue;
         std::string text;
         for (const xml::Node mark : type.Children()) {
           const std::string piece = TextFor(mark);
           if (piece.empty()) continue;
           if (!text.empty()) text += ' ';
           text += piece;
+        }
+        if (text.empty() && first && GoesOn(first)) {
+          type.Remove();
+          ++changes.dropped;
+          continue;
         }
         if (text.empty()) {
           context.Warn(part, measure,
@@ -146,10 +191,13 @@ DirectionChanges WriteDirectionsAsWords(const PartInScore& part, xml::Node measu
         direction.Remove();
         continue;
       }
-      SpaceTheWords(direction);
       // The record holds no sound; the measure's sound record does.
       if (const xml::Node sound = direction.Child("sound"))
         measure.InsertBefore(sound, direction.NextElement());
+      changes.split += SplitDirection(measure, direction);
+      for (xml::Node record = direction; record && record.Name() == "direction";
+           record = record.Next())
+        SpaceTheWords(record);
     }
     return changes;
   });

@@ -43,6 +43,7 @@ std::vector<std::pair<std::string, int32_t>> CountsByKind(const MuseDataFinishCo
           {"opening attributes completed", counts.attributesCompleted},
           {"directions written as words", counts.directionsAsWords},
           {"directions left out", counts.directionsDropped},
+          {"directions split in two", counts.directionsSplit},
           {"sounds mended", counts.soundsMended},
           {"cue notes given their time", counts.cueTimeKept},
           {"unpitched notes placed", counts.unpitchedPlaced},
@@ -80,6 +81,7 @@ MuseDataFinishCounts FinishForMuseData(const Document& document,
             export_finish::WriteDirectionsAsWords(part, measure, context);
         counts.directionsAsWords += directions.asWords;
         counts.directionsDropped += directions.dropped;
+        counts.directionsSplit += directions.split;
         counts.soundsMended += export_finish::MendSounds(measure);
       }
       counts.attributesCompleted += export_finish::CompleteOpeningAttributes(part, context);

@@ -57,6 +57,7 @@ int32_t CloseLastMeasure(const PartInScore& part);
 struct DirectionChanges {
   int32_t asWords = 0;
   int32_t dropped = 0;
+  int32_t split = 0;  // directions of more types than one record holds, made two
 };
 DirectionChanges WriteDirectionsAsWords(const PartInScore& part, xml::Node measure,
                                         Context& context);
