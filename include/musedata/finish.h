@@ -64,6 +64,7 @@ struct MuseDataFinishCounts {
   int32_t unpitchedPlaced = 0;        // unpitched notes written at their display position
   int32_t durationsMended = 0;        // notes without a duration given the one their type says
   int32_t positionsDropped = 0;       // notes whose computed layout positions were left out
+  int32_t hiddenRestsAsSpaces = 0;    // rests with print-object="no" written as irest
   int32_t soundsMended = 0;           // sounds with attributes MuseData has no code for
   int32_t closingBarLines = 0;        // parts given a closing bar line
   int32_t divisionsReduced = 0;       // parts whose divisions were divided to fit three columns

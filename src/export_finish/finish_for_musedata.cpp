@@ -49,6 +49,7 @@ std::vector<std::pair<std::string, int32_t>> CountsByKind(const MuseDataFinishCo
           {"unpitched notes placed", counts.unpitchedPlaced},
           {"durations added", counts.durationsMended},
           {"notes without layout positions", counts.positionsDropped},
+          {"invisible rests written as irest", counts.hiddenRestsAsSpaces},
           {"measure numbers left out", counts.measureNumbersDropped},
           {"closing bar lines added", counts.closingBarLines},
           {"parts with divisions reduced", counts.divisionsReduced}};
@@ -92,6 +93,7 @@ MuseDataFinishCounts FinishForMuseData(const Document& document,
         counts.unpitchedPlaced += changes.unpitched;
         counts.durationsMended += changes.durations;
         counts.positionsDropped += changes.positions;
+        counts.hiddenRestsAsSpaces += changes.hiddenRests;
       }
       counts.measureNumbersDropped += export_finish::DropMeasureNumbers(part);
       counts.closingBarLines += export_finish::CloseLastMeasure(part);

@@ -28,6 +28,31 @@ bool DropPositions(xml::Node element) {
   return dropped;
 }
 
+// A notation program that lays the page out writes the side of every slur as
+// it drew it; on a note that carried such positions the slur's placement is
+// part of that layout, not an editor's choice, and is left out with them.
+void DropSlurPlacements(xml::Node note) {
+  for (const xml::Node notations : note.Children("notations"))
+    for (const xml::Node slur : notations.Children("slur"))
+      if (slur.HasAttr("placement")) slur.RemoveAttr("placement");
+}
+
+// An invisible rest is MuseData's `irest`, which a `forward` writes: a rest
+// with print-object="no" and nothing printed on it (no notations, no lyric)
+// becomes a forward of its duration, voice and staff. Returns the forward,
+// or a null node when `note` is not such a rest.
+xml::Node HiddenRestAsForward(xml::Node measure, xml::Node note) {
+  if (!note.Child("rest") || note.Attr("print-object") != "no") return xml::Node();
+  for (const char* printed : {"cue", "grace", "chord", "notations", "lyric"})
+    if (note.Child(printed)) return xml::Node();
+  const xml::Node forward = measure.InsertElementBefore("forward", note);
+  forward.AppendElement("duration", note.Child("duration").Text());
+  if (const xml::Node voice = note.Child("voice")) forward.AppendElement("voice", voice.Text());
+  if (const xml::Node staff = note.Child("staff")) forward.AppendElement("staff", staff.Text());
+  note.Remove();
+  return forward;
+}
+
 void ReadClefs(xml::Node attributes, NoteWalk& walk) {
   for (const xml::Node clef : attributes.Children("clef")) {
     const int32_t staff = clef.AttrInt("number", 1);
@@ -151,7 +176,10 @@ NoteChanges MendNotes(const PartInScore& part, xml::Node measure, bool keepPosit
       }
       const bool chordTone = static_cast<bool>(element.Child("chord"));
       if (!chordTone) keepCueTime();
-      if (!keepPositions && DropPositions(element)) ++changes.positions;
+      if (!keepPositions && DropPositions(element)) {
+        DropSlurPlacements(element);
+        ++changes.positions;
+      }
       if (const xml::Node unpitched = element.Child("unpitched")) {
         PlaceUnpitched(element, unpitched, walk);
         ++changes.unpitched;
@@ -179,6 +207,10 @@ NoteChanges MendNotes(const PartInScore& part, xml::Node measure, bool keepPosit
                              " without a duration is given the one its type says");
         }
         ++changes.durations;
+      }
+      if (HiddenRestAsForward(measure, element)) {
+        ++changes.hiddenRests;
+        continue;
       }
       if (!chordTone) lastDuration = duration;
       int64_t length = 0;

@@ -69,13 +69,15 @@ int32_t MendSounds(xml::Node measure);
 // What the note writer would lose: a cue note that takes time (it has no
 // duration field in MuseData) is followed by an invisible rest of its
 // duration; an unpitched note is written at its display step and octave; a
-// note without a duration gets the one its type says; computed layout
-// positions are left out unless kept.
+// note without a duration gets the one its type says; an invisible rest is
+// written as `irest`; computed layout positions, and the slur sides drawn
+// with them, are left out unless kept.
 struct NoteChanges {
   int32_t cueTime = 0;
   int32_t unpitched = 0;
   int32_t durations = 0;
   int32_t positions = 0;
+  int32_t hiddenRests = 0;
 };
 // What the note pass carries from one measure to the next.
 struct NoteWalk {
