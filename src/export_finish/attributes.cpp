@@ -149,6 +149,16 @@ xml::Node OpeningAttributes(xml::Node measure) {
   return measure.AppendElement("attributes");
 }
 
+// Whether `attributes` also holds the key of the first staff, with the fifths
+// of `staffKey`.
+bool SameKeyForFirstStaff(xml::Node attributes, xml::Node staffKey) {
+  for (const xml::Node key : attributes.Children("key"))
+    if (key.AttrInt("number", 1) == 1 &&
+        key.Child("fifths").Text() == staffKey.Child("fifths").Text())
+      return true;
+  return false;
+}
+
 }  // namespace
 
 AttributeChanges MendAttributes(const PartInScore& part, xml::Node measure, Context& context) {
@@ -170,6 +180,14 @@ AttributeChanges MendAttributes(const PartInScore& part, xml::Node measure, Cont
         } else if (name == "key" && !child.Child("fifths") && child.Child("key-step")) {
           context.Warn(part, measure,
                        "a key signature of single accidentals has no MuseData key; left out");
+          unwritable.push_back(child);
+        } else if (name == "key" && child.AttrInt("number", 1) > 1) {
+          // MuseData's key holds for every staff of the part: the key of the
+          // first staff stands for all.
+          if (!SameKeyForFirstStaff(element, child))
+            context.Warn(part, measure,
+                         "a key signature for staff " + std::string(child.Attr("number")) +
+                             " alone has no MuseData key; left out");
           unwritable.push_back(child);
         } else if (name == "transpose" && !IsWholeNumber(child.Child("chromatic").Text())) {
           context.Warn(part, measure, "a transposition without its chromatic step is left out");

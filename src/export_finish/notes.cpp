@@ -140,6 +140,29 @@ int64_t DurationOfType(xml::Node note, int32_t divisions) {
   return (scaled + per / 2) / per;
 }
 
+int64_t DurationOf(xml::Node element) {
+  int64_t duration = 0;
+  return ReadWholeNumber(element.Child("duration").Text(), duration) ? duration : 0;
+}
+
+// A backup that reaches before the start of its measure, which MuseData's
+// readers refuse or read into the measure before, is shortened to the start;
+// returns the backup's duration as it stands.
+int64_t BackupWithinMeasure(const PartInScore& part, xml::Node measure, xml::Node backup,
+                            int64_t position, Context& context) {
+  const int64_t duration = DurationOf(backup);
+  if (duration <= position) return duration;
+  const int64_t start = std::max<int64_t>(position, 0);
+  context.Warn(part, measure,
+               "a backup of " + std::to_string(duration) + " reaches before the measure's start; " +
+                   std::to_string(start) + " written");
+  if (const xml::Node old = backup.Child("duration")) {
+    old.Remove();
+    backup.AppendElement("duration", std::to_string(start));
+  }
+  return start;
+}
+
 }  // namespace
 
 NoteChanges MendNotes(const PartInScore& part, xml::Node measure, bool keepPositions,
@@ -160,6 +183,7 @@ NoteChanges MendNotes(const PartInScore& part, xml::Node measure, bool keepPosit
     };
     std::vector<xml::Node> elements;
     for (const xml::Node element : measure.Children()) elements.push_back(element);
+    int64_t position = 0;  // in divisions from the measure's start
     for (const xml::Node element : elements) {
       const std::string_view name = element.Name();
       if (name == "attributes") {
@@ -172,6 +196,14 @@ NoteChanges MendNotes(const PartInScore& part, xml::Node measure, bool keepPosit
       }
       if (name != "note") {
         keepCueTime();
+        if (name == "forward") position += DurationOf(element);
+        if (name == "backup")
+          position -= BackupWithinMeasure(part, measure, element, position, context);
+        if (name == "figured-bass" && !element.Child("figure")) {
+          // MuseData's figure record holds one figure at least.
+          context.Warn(part, measure, "a figured bass without figures is left out");
+          element.Remove();
+        }
         continue;
       }
       const bool chordTone = static_cast<bool>(element.Child("chord"));
@@ -208,6 +240,7 @@ NoteChanges MendNotes(const PartInScore& part, xml::Node measure, bool keepPosit
         }
         ++changes.durations;
       }
+      if (!chordTone && !grace) position += DurationOf(element);
       if (HiddenRestAsForward(measure, element)) {
         ++changes.hiddenRests;
         continue;

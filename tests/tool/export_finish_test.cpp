@@ -144,6 +144,22 @@ TEST(ExportFinish, GivesMuseDataThatReadersTakeAndThatImportsBack) {
              Note("F5", 1, "<notations><slur type=\"stop\"/></notations>") + "</measure>"),
        {"C5   1          q              (", "E5   1                         (", "P C32:u"},
        "a C5 without a duration is given the one its type says"},
+      {"a backup before the measure's start",
+       Score("<measure number=\"1\">" + opening + Note("C5", 4, "<voice>1</voice>") +
+             "<backup><duration>8</duration></backup>" + Note("E4", 4, "<voice>2</voice>") +
+             "</measure>"),
+       {"back 4", "E4   4        2"},
+       "a backup of 8 reaches before the measure's start; 4 written"},
+      {"a key for the second staff alone, a figured bass without figures",
+       Score("<measure number=\"1\"><attributes><divisions>1</divisions><key number=\"1\">"
+             "<fifths>0</fifths></key><time><beats>4</beats><beat-type>4</beat-type></time>"
+             "<staves>2</staves></attributes>" +
+             Note("C5", 4, "<voice>1</voice><staff>1</staff>") +
+             "<backup><duration>4</duration></backup><attributes><key number=\"2\"><fifths>2"
+             "</fifths></key></attributes><figured-bass><duration>4</duration></figured-bass>" +
+             Note("D3", 4, "<voice>2</voice><staff>2</staff>") + "</measure>"),
+       {"$   Q:1 K:0 T:4/4 S:2 C1:4 C2:22", "back 4", "D3   4        2        2"},
+       "a key signature for staff 2 alone has no MuseData key; left out"},
       {"an invisible rest",
        Score("<measure number=\"1\">" + opening + Note("C5", 2, "<voice>1</voice>") +
              "<note print-object=\"no\"><rest/><duration>2</duration><voice>1</voice></note>"
