@@ -56,6 +56,7 @@ class PartExport {
   PartExport(const ExportCommand& command, Document score)
       : m_command(command), m_score(std::move(score)), m_bar(command.progress) {
     m_options.name = command.input;
+    m_options.attributeTrackColumnBlank = !command.literal;
     m_options.warning = [this](const std::string& text) {
       m_bar.Finish();
       std::fprintf(stderr, "musedata: warning: %s%s\n", m_warningPrefix.c_str(), text.c_str());

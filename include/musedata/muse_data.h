@@ -97,6 +97,12 @@ class MuseData : public MusicXMLConverter {
 
   TextEncoding Encoding() const noexcept { return m_encoding; }
   void SetEncoding(TextEncoding value) noexcept { m_encoding = value; }
+  // Whether Save keeps column 15 of every "$" record blank, as published
+  // MuseData has it: a code that would cover the column starts in column 16.
+  // Column 15 holds the track of a note record, and some readers (verovio's)
+  // read it on every record. Off by default: codes follow each other with
+  // single blanks.
+  void SetAttributeTrackColumnBlank(bool value) noexcept;
   // The name of the file being loaded, or of the last one; "" before any load.
   const std::string& FileName() const noexcept;
   // The line where the record in hand starts, while a load runs or after one

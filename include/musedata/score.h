@@ -113,6 +113,10 @@ struct ExportOptions {
   bool finish = false;
   // With `finish`: keeps the layout positions of notes as "P" lines.
   bool keepPositions = false;
+  // Keeps column 15 of "$" records blank, as published files and other
+  // readers have them (MuseData::SetAttributeTrackColumnBlank); `finish`
+  // implies it, for a host that finished the score itself.
+  bool attributeTrackColumnBlank = false;
   // The score's name in error messages ("minuet.musicxml"); errors name it,
   // the part and the measure being written.
   std::string name;

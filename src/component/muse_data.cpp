@@ -110,6 +110,10 @@ int32_t MuseData::UnclosedCommentLine() const noexcept {
   return moMusicXML->UnclosedCommentLine();
 }
 
+void MuseData::SetAttributeTrackColumnBlank(bool value) noexcept {
+  moMusicXML->SetAttributeTrackColumnBlank(value);
+}
+
 bool MuseData::Save(const std::string& FileName) {
   return TrapConversion(kComponentSave, &moMusicXML->m_caught, m_cancelError, [&] {
     moMusicXML->SetXML(m_xml);

@@ -80,6 +80,8 @@ class MusicXML {
   // False when there is no document, its root is not score-partwise, or the
   // export stopped early; the file is then left as it was.
   bool Save(const std::string& FileName, int32_t PartNumber);
+  // Whether the "$" records Save writes keep column 15 blank (see MuseData).
+  void SetAttributeTrackColumnBlank(bool value) noexcept { m_attributeTrackColumnBlank = value; }
 
   // Raised after every record of a load, and per measure of a save.
   ProgressEvent Loading;
@@ -281,6 +283,7 @@ class MusicXML {
   ExportState m_export;
   WarningFlags m_warnings;
   CaughtError m_caught;  // the last error any trap caught
+  bool m_attributeTrackColumnBlank = false;
 };
 
 }  // namespace musedata

@@ -415,6 +415,8 @@ bool ExportPart(const Document& document, int32_t partNumber, const std::string&
   }
   component->SetXML(score);
   component->SetPartNumber(partNumber);
+  // A finished part is laid out for other readers as published files are.
+  component->SetAttributeTrackColumnBlank(options.finish || options.attributeTrackColumnBlank);
   int32_t lastCount = 0;
   component->Saving = [&](int32_t current, int32_t size, bool& cancel) {
     lastCount = current;

@@ -9,6 +9,7 @@
 #include "component/error_codes.h"
 #include "component/music_xml.h"
 #include "encoding/base40.h"
+#include "encoding/columns.h"
 #include "encoding/measure_codes.h"
 #include "encoding/measure_columns.h"
 #include "encoding/record_view.h"
@@ -98,7 +99,12 @@ bool MusicXML::SaveAttributes(xml::Node attributes) {
       } else if (name == "directive") {
         code = "D:" + OnOneLine(GetText(child));
       }
-      if (!code.empty()) line.Append(" ").Append(code);
+      if (code.empty()) continue;
+      line.Append(" ");
+      const int32_t first = line.Length() + 1;
+      const bool coversTrack =
+          first <= kNoteTrack && first + static_cast<int32_t>(code.size()) > kNoteTrack;
+      line.Put(m_attributeTrackColumnBlank && coversTrack ? kNoteTrack + 1 : first, code);
     }
     WriteLine(line.Finish());
     return true;

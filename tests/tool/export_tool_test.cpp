@@ -76,7 +76,7 @@ TEST(ExportTool, ReducesDivisionsToFitTheDurationColumns) {
   const ToolRun reduced = RunIn(folder, "export fine.xml");
   EXPECT_EQ(reduced.status, 0) << reduced.err;
   EXPECT_EQ(reduced.err, "");
-  EXPECT_NE(reduced.out.find("\n$   Q:1 K:1 T:3/4 C:4 X:-6\nD5   1        1 q\nmheavy3 1 "),
+  EXPECT_NE(reduced.out.find("\n$   Q:1 K:1    T:3/4 C:4 X:-6\nD5   1        1 q\nmheavy3 1 "),
             std::string::npos)
       << reduced.out;
 
