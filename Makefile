@@ -17,7 +17,7 @@ DEBIAN_PACKAGES := cmake g++ make libxml2-dev libxml2-utils libgtest-dev libbenc
 FUZZ_PACKAGES := clang libclang-rt-dev
 CMAKE_FLAGS ?=
 
-.PHONY: all build deps demo test test-sanitize install bench fuzz format check-style clean
+.PHONY: all build deps demo test test-sanitize install bench bench-export fuzz format check-style clean
 
 all: build
 
@@ -68,6 +68,17 @@ bench: deps
 	  $(BENCH_BUILD)/bench/musedata_bench_data --corpus $(BENCH_BUILD)/data/corpus $(BENCH_MOVEMENTS); }
 	bench/batch.sh $(BENCH_BUILD)/musedata $(BENCH_BUILD)/data/corpus $(BENCH_RUNS)
 	$(BENCH_BUILD)/bench/musedata_bench --benchmark_counters_tabular=true
+
+# What other readers make of our MuseData: every part of the MusicXML files that
+# music21's source carries (LilyPond's test suite among them), exported and read back
+# by our import, verovio's and music21's MuseData readers.
+EXPORT_BENCH_VENDOR ?= ../shared/vendor/music21-10.5.0.tar.xz
+bench-export: build
+	@[ -f $(EXPORT_BENCH_VENDOR) ] || { echo "no $(EXPORT_BENCH_VENDOR)"; exit 1; }
+	@mkdir -p $(BUILD)/bench-export && [ -d $(BUILD)/bench-export/music21 ] || \
+	  tar -xJf $(EXPORT_BENCH_VENDOR) -C $(BUILD)/bench-export
+	/usr/bin/python3 bench/export_readers.py $(BUILD)/musedata $(BUILD)/readers/node_modules \
+	  $(BUILD)/bench-export/music21 --music21 $(BUILD)/bench-export --list
 
 # Each fuzz target runs FUZZ_SECONDS over a scratch copy of its seed corpus:
 # the import over fuzz/corpus (MuseData), the export over fuzz/corpus-export

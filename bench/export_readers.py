@@ -58,6 +58,8 @@ def load_with_verovio(readers, files):
         return {}
     environment = dict(os.environ, MUSEDATA_READERS=readers)
     result = run(["node", str(READ_JS), "verovio", "musedata", *map(str, files)], env=environment)
+    if result.returncode != 0:
+        sys.exit(f"verovio could not be run: {result.stderr[-1000:]}")
     loaded = {}
     for line in result.stdout.splitlines():
         if line.startswith("{"):

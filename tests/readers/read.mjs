@@ -14,7 +14,7 @@
 import fs from 'fs';
 import path from 'path';
 
-const modules = process.env.MUSEDATA_READERS || path.resolve('node_modules');
+const modules = path.resolve(process.env.MUSEDATA_READERS || 'node_modules');
 
 async function readWithVerovio(format, files) {
   const verovioDir = path.join(modules, 'verovio');
