@@ -55,11 +55,6 @@ bool SumOfBeats(std::string_view text, int64_t& sum) {
   return false;
 }
 
-void SetText(xml::Node element, std::string_view text) {
-  while (const xml::Node child = element.FirstChild()) child.Remove();
-  element.AppendText(text);
-}
-
 // Mends one `time`; false when it has to go.
 bool MendTime(xml::Node time, bool& mended) {
   const std::string_view symbol = time.Attr("symbol");
@@ -71,7 +66,7 @@ bool MendTime(xml::Node time, bool& mended) {
   if (IsWholeNumber(text)) return true;
   int64_t sum = 0;
   if (!SumOfBeats(text, sum)) return false;
-  SetText(beats, std::to_string(sum));
+  beats.SetText(std::to_string(sum));
   mended = true;
   return true;
 }
@@ -197,10 +192,10 @@ AttributeChanges MendAttributes(const PartInScore& part, xml::Node measure, Cont
           if (sign != "G" && sign != "F" && sign != "C") {
             // MuseData's clefs are G, C and F clefs; a percussion or tablature
             // staff reads as the treble staff its notes are placed on.
-            if (const xml::Node old = child.Child("sign")) SetText(old, "G");
+            if (const xml::Node old = child.Child("sign")) old.SetText("G");
             const xml::Node line =
                 child.Child("line") ? child.Child("line") : child.AppendElement("line");
-            SetText(line, "2");
+            line.SetText("2");
             mended = true;
           }
         } else if (name == "divisions" || name == "staves" || name == "instruments") {

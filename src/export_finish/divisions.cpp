@@ -44,11 +44,6 @@ TimedValues TimedValuesOf(xml::Node part) {
   return timed;
 }
 
-void SetText(xml::Node element, int64_t value) {
-  while (const xml::Node child = element.FirstChild()) child.Remove();
-  element.AppendText(std::to_string(value));
-}
-
 // A quotient rounded to the nearest whole number, halves away from zero.
 int64_t RoundedQuotient(int64_t value, int64_t divisor) {
   const int64_t half = divisor / 2;
@@ -93,11 +88,12 @@ void DivideBy(xml::Node part, int64_t divisor) {
   for (const xml::Node value : timed.counts) {
     int64_t number = 0;
     ReadWholeNumber(value.Text(), number);
-    SetText(value, number / divisor);
+    value.SetText(std::to_string(number / divisor));
   }
   for (const xml::Node value : timed.offsets) {
     int64_t number = 0;
-    if (ReadWholeNumber(value.Text(), number)) SetText(value, RoundedQuotient(number, divisor));
+    if (ReadWholeNumber(value.Text(), number))
+      value.SetText(std::to_string(RoundedQuotient(number, divisor)));
   }
 }
 

@@ -140,6 +140,41 @@ int64_t DurationOfType(xml::Node note, int32_t divisions) {
   return (scaled + per / 2) / per;
 }
 
+// MuseData writes a pitch as a step letter, an octave digit and at most two
+// sharps or flats. A lower-case step is raised; a pitch that is none of
+// these (a step "h", an octave "x" or 12) makes the note a rest, with a
+// warning, rather than a record no reader takes. False when it did.
+bool MendPitch(const PartInScore& part, xml::Node measure, xml::Node note, Context& context) {
+  const xml::Node pitch = note.Child("pitch");
+  if (!pitch) return true;
+  const xml::Node step = pitch.Child("step");
+  std::string letter = step.Text();
+  if (letter.size() == 1 && letter[0] >= 'a' && letter[0] <= 'g') {
+    letter[0] = static_cast<char>(letter[0] - 'a' + 'A');
+    step.SetText(letter);
+  }
+  int64_t octave = -1;
+  int64_t alter = 0;
+  const xml::Node alterNode = pitch.Child("alter");
+  const bool alterValid =
+      !alterNode ||
+      (ReadWholeNumber(
+           std::string_view(alterNode.Text()).substr(alterNode.Text().starts_with('-') ? 1 : 0),
+           alter) &&
+       alter <= 2);
+  if (letter.size() == 1 && kSteps.find(letter[0]) != std::string_view::npos &&
+      ReadWholeNumber(pitch.Child("octave").Text(), octave) && octave <= 9 && alterValid)
+    return true;
+  context.Warn(part, measure,
+               "a note whose pitch (step \"" + letter + "\", octave \"" +
+                   pitch.Child("octave").Text() + "\"" +
+                   (alterNode ? ", alter \"" + alterNode.Text() + "\"" : std::string()) +
+                   ") MuseData cannot write is written as a rest");
+  note.InsertElementBefore("rest", pitch);
+  pitch.Remove();
+  return false;
+}
+
 int64_t DurationOf(xml::Node element) {
   int64_t duration = 0;
   return ReadWholeNumber(element.Child("duration").Text(), duration) ? duration : 0;
@@ -156,10 +191,7 @@ int64_t BackupWithinMeasure(const PartInScore& part, xml::Node measure, xml::Nod
   context.Warn(part, measure,
                "a backup of " + std::to_string(duration) + " reaches before the measure's start; " +
                    std::to_string(start) + " written");
-  if (const xml::Node old = backup.Child("duration")) {
-    old.Remove();
-    backup.AppendElement("duration", std::to_string(start));
-  }
+  backup.Child("duration").SetText(std::to_string(start));
   return start;
 }
 
@@ -212,6 +244,7 @@ NoteChanges MendNotes(const PartInScore& part, xml::Node measure, bool keepPosit
         DropSlurPlacements(element);
         ++changes.positions;
       }
+      MendPitch(part, measure, element, context);
       if (const xml::Node unpitched = element.Child("unpitched")) {
         PlaceUnpitched(element, unpitched, walk);
         ++changes.unpitched;

@@ -287,6 +287,11 @@ Node Node::AppendComment(std::string_view text) const {
   return Node(comment);
 }
 
+void Node::SetText(std::string_view text) const {
+  while (const Node child = FirstChild()) child.Remove();
+  AppendText(text);
+}
+
 void Node::AppendText(std::string_view text) const {
   if (!m_node) throw RunTimeError::ObjectNotSet();
   if (text.empty()) return;

@@ -85,6 +85,8 @@ class Node {
   Node PrependElement(const char* name) const;
   Node AppendComment(std::string_view text) const;
   void AppendText(std::string_view text) const;
+  // Replaces everything below this element with `text`.
+  void SetText(std::string_view text) const;
   void AppendEntityRef(const char* name) const;
   // Replaces the character data of a comment or text node.
   void SetContent(std::string_view text) const;
