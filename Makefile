@@ -15,14 +15,19 @@ JOBS ?= $(shell nproc 2>/dev/null || echo 2)
 DEBIAN_PACKAGES := cmake g++ make libxml2-dev libxml2-utils libgtest-dev libbenchmark-dev libcli11-dev libzip-dev time \
   pkg-config pybind11-dev python3-dev python3-pytest libcpp-httplib-dev nlohmann-json3-dev chromium
 FUZZ_PACKAGES := clang libclang-rt-dev
+# music21 (for the tests of the music21 sub-converter) comes as a source archive
+# beside the project in developers' and CI's checkouts; these are what it needs.
+MUSIC21_ARCHIVE ?= ../shared/vendor/music21-10.5.0.tar.xz
+MUSIC21_PACKAGES := python3-numpy python3-more-itertools python3-jsonpickle python3-chardet \
+  python3-joblib python3-webcolors python3-requests
 CMAKE_FLAGS ?=
 
-.PHONY: all build deps demo test test-sanitize install bench bench-export fuzz format check-style clean
+.PHONY: all build deps demo test test-sanitize install bench bench-export bench-music21 fuzz format check-style clean
 
 all: build
 
 deps:
-	@missing=""; for p in $(DEBIAN_PACKAGES); do \
+	@missing=""; for p in $(DEBIAN_PACKAGES) $(if $(wildcard $(MUSIC21_ARCHIVE)),$(MUSIC21_PACKAGES)); do \
 	  dpkg -s $$p >/dev/null 2>&1 || missing="$$missing $$p"; done; \
 	if [ -n "$$missing" ]; then \
 	  if [ "$$(id -u)" = 0 ]; then \
@@ -35,7 +40,7 @@ deps:
 	  (apt-get update -qq && DEBIAN_FRONTEND=noninteractive apt-get install -y -qq npm) >/dev/null; fi
 
 $(BUILD)/CMakeCache.txt: | deps
-	cmake -S . -B $(BUILD) $(CMAKE_FLAGS)
+	cmake -S . -B $(BUILD) -DMUSEDATA_MUSIC21_ARCHIVE=$(abspath $(MUSIC21_ARCHIVE)) $(CMAKE_FLAGS)
 
 build: deps $(BUILD)/CMakeCache.txt
 	cmake --build $(BUILD) -j $(JOBS)
@@ -70,15 +75,25 @@ bench: deps
 	$(BENCH_BUILD)/bench/musedata_bench --benchmark_counters_tabular=true
 
 # What other readers make of our MuseData: every part of the MusicXML files that
-# music21's source carries (LilyPond's test suite among them), exported and read back
-# by our import, verovio's and music21's MuseData readers.
-EXPORT_BENCH_VENDOR ?= ../shared/vendor/music21-10.5.0.tar.xz
+# music21's source carries (LilyPond's test suite among them; unpacked into the
+# build folder from MUSIC21_ARCHIVE), exported and read back by our import,
+# verovio's and music21's MuseData readers.
 bench-export: build
-	@[ -f $(EXPORT_BENCH_VENDOR) ] || { echo "no $(EXPORT_BENCH_VENDOR)"; exit 1; }
-	@mkdir -p $(BUILD)/bench-export && [ -d $(BUILD)/bench-export/music21 ] || \
-	  tar -xJf $(EXPORT_BENCH_VENDOR) -C $(BUILD)/bench-export
+	@[ -d $(BUILD)/vendor/music21 ] || { echo "no music21 in $(BUILD)/vendor (needs $(MUSIC21_ARCHIVE))"; exit 1; }
 	/usr/bin/python3 bench/export_readers.py $(BUILD)/musedata $(BUILD)/readers/node_modules \
-	  $(BUILD)/bench-export/music21 --music21 $(BUILD)/bench-export --list
+	  $(BUILD)/vendor/music21 --music21 $(BUILD)/vendor --list
+
+# The music21 sub-converter against music21's own MuseData reader, parsing the
+# same movements (BENCH_MOVEMENTS_MUSIC21 generated set files, exported part by part).
+BENCH_MOVEMENTS_MUSIC21 ?= 20
+bench-music21: build
+	@[ -d $(BUILD)/vendor/music21 ] || { echo "no music21 in $(BUILD)/vendor (needs $(MUSIC21_ARCHIVE))"; exit 1; }
+	cmake -S . -B $(BENCH_BUILD) -DCMAKE_BUILD_TYPE=Release -DMUSEDATA_BUILD_BENCH=ON -DMUSEDATA_BUILD_TESTS=OFF
+	cmake --build $(BENCH_BUILD) -j $(JOBS) --target musedata_bench_data
+	@[ -d $(BENCH_BUILD)/data/corpus ] || { mkdir -p $(BENCH_BUILD)/data/corpus && \
+	  $(BENCH_BUILD)/bench/musedata_bench_data --corpus $(BENCH_BUILD)/data/corpus $(BENCH_MOVEMENTS); }
+	PYTHONPATH=$(BUILD)/python:$(BUILD)/vendor /usr/bin/python3 bench/music21_parse.py \
+	  $(BUILD)/musedata $(BENCH_BUILD)/data/corpus $(BENCH_MOVEMENTS_MUSIC21) $(BENCH_RUNS)
 
 # Each fuzz target runs FUZZ_SECONDS over a scratch copy of its seed corpus:
 # the import over fuzz/corpus (MuseData), the export over fuzz/corpus-export

@@ -91,7 +91,8 @@ class ScoreImport {
   // and its measure.
   ImportPlace Place() const {
     ImportPlace place;
-    place.file = m_component.FileName();
+    // The file a person has (a set file, a member of a .zip), not the part's label.
+    place.file = m_fileName.empty() ? m_component.FileName() : m_fileName;
     place.part = m_found;
     place.line = m_component.RecordLineNumber();
     place.measure = m_component.CurrentMeasureNumber();
@@ -185,6 +186,7 @@ class ScoreImport {
   // Loads the parts of one MuseData file; a file without any joins `passedOver`.
   bool LoadMuseData(const std::string& name, std::string_view bytes,
                     std::vector<std::string>& passedOver) {
+    m_fileName = name;
     const SetFileLayout layout = SetFileParts(bytes);
     if (layout.parts.empty()) {
       // An XML file given as MuseData is a common slip; say so.
@@ -285,6 +287,7 @@ class ScoreImport {
 
   MuseData& m_component;
   const ImportOptions& m_options;
+  std::string m_fileName;  // the file being read, as named in messages
   int32_t m_parts = 0;   // parts in the score so far
   int32_t m_found = 0;   // parts found in the inputs so far
   int32_t m_loaded = 0;  // of them, parts that the score took
