@@ -223,3 +223,46 @@ def test_a_bare_python_in_the_checkout_imports_the_built_package(tmp_path):
     unbuilt = subprocess.run([sys.executable, "-B", "-c", "import musedata"], cwd=checkout,
                              env=environment, capture_output=True, text=True)
     assert unbuilt.returncode != 0 and "run `make` first" in unbuilt.stderr
+
+
+def mxl(path, root, entries):
+    """An .mxl whose container names `root`, holding `entries` (name, bytes or
+    a count of zero bytes, written without holding them)."""
+    with zipfile.ZipFile(path, "w", zipfile.ZIP_DEFLATED) as container:
+        container.writestr("mimetype", "application/vnd.recordare.musicxml",
+                           compress_type=zipfile.ZIP_STORED)
+        container.writestr("META-INF/container.xml",
+                           '<container><rootfiles><rootfile full-path="%s"/></rootfiles>'
+                           "</container>" % root)
+        for name, data in entries:
+            with container.open(zipfile.ZipInfo(name), "w", force_zip64=True) as entry:
+                if isinstance(data, int):
+                    for _ in range(data >> 20):
+                        entry.write(bytes(1 << 20))
+                else:
+                    entry.write(data)
+    return path
+
+
+@pytest.mark.skipif("MUSEDATA_TOOL" not in os.environ, reason="needs the built tool")
+def test_hostile_containers_are_refused_by_the_module_and_the_tool(tmp_path):
+    score = musedata.to_musicxml(MINUET).encode("utf-8")
+    rows = [
+        (mxl(tmp_path / "zeros.mxl", "score.xml", [("score.xml", 150 << 20)]),
+         "score.xml inflates to more than 100 MB"),
+        (mxl(tmp_path / "outside.mxl", "../score.xml", [("score.xml", score)]),
+         "names the score ../score.xml, a path outside the container"),
+        (mxl(tmp_path / "missing.mxl", "other.xml", [("score.xml", score)]),
+         "names the score other.xml, which the container does not hold"),
+    ]
+    for path, says in rows:
+        with pytest.raises(musedata.ConverterError) as raised:
+            musedata.to_musedata(path)
+        assert path.name in str(raised.value) and says in str(raised.value)
+        tool = subprocess.run([os.environ["MUSEDATA_TOOL"], "export", str(path)],
+                              capture_output=True, text=True)
+        assert tool.returncode == 2 and says in tool.stderr, tool.stderr
+    # A score beside a bomb it never names is read: the bomb is not inflated.
+    beside = mxl(tmp_path / "beside.mxl", "score.xml",
+                 [("score.xml", score), ("extra/zeros.bin", 150 << 20)])
+    assert "/END" in musedata.to_musedata(beside)

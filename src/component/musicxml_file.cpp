@@ -80,11 +80,34 @@ std::string RootFilePath(const std::vector<ZipEntry>& entries, const std::string
   return path;
 }
 
+// Whether `path` climbs out of the container ("../score.xml", "a/../../b").
+bool LeavesContainer(std::string_view path) {
+  int32_t depth = 0;
+  while (!path.empty()) {
+    const size_t slash = path.find_first_of("/\\");
+    const std::string_view step = path.substr(0, slash);
+    depth += step == ".." ? -1 : (step.empty() || step == ".") ? 0 : 1;
+    if (depth < 0) return true;
+    if (slash == std::string_view::npos) break;
+    path.remove_prefix(slash + 1);
+  }
+  return false;
+}
+
 Document ReadCompressed(std::string_view bytes, const std::string& name) {
-  const std::vector<ZipEntry> entries = ReadZipArchive(bytes, name);
-  std::string path = RootFilePath(entries, name);
+  // Only the container file is read first, then only the score it names: the
+  // other entries (images, other scores, archives in the archive) are never
+  // inflated.
+  const std::vector<ZipEntry> listing =
+      ReadZipArchive(bytes, name, [](std::string_view entry) { return entry == kContainerPath; });
+  std::string path = RootFilePath(listing, name);
+  if (LeavesContainer(path))
+    RaiseInvalid(name + ": " + std::string(kContainerPath) + " names the score " + path +
+                 ", a path outside the container");
   if (path.starts_with("./")) path.erase(0, 2);
   if (path.starts_with("/")) path.erase(0, 1);
+  const std::vector<ZipEntry> entries =
+      ReadZipArchive(bytes, name, [&](std::string_view entry) { return entry == path; });
   const auto root = std::find_if(entries.begin(), entries.end(),
                                  [&](const ZipEntry& e) { return e.name == path; });
   if (root == entries.end())

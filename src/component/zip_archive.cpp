@@ -2,6 +2,7 @@
 
 #include <zip.h>
 
+#include <algorithm>
 #include <memory>
 
 #include "musedata/converter_error.h"
@@ -44,25 +45,41 @@ bool LooksLikeZip(std::string_view bytes) noexcept {
          bytes.substr(0, 4) == std::string_view("PK\x05\x06", 4);  // an empty container
 }
 
-std::vector<ZipEntry> ReadZipArchive(std::string_view bytes, const std::string& name) {
+std::vector<ZipEntry> ReadZipArchive(std::string_view bytes, const std::string& name,
+                                     const std::function<bool(std::string_view)>& wanted,
+                                     const ZipLimits& limits) {
   zip_error_t error;
   zip_error_init(&error);
   Source source = SourceOver(bytes, error);
   if (!source) RaiseZipError(name, "cannot read the zip container: " + ErrorText(error));
-  Archive archive(zip_open_from_source(source.get(), ZIP_RDONLY | ZIP_CHECKCONS, &error));
+  // No ZIP_CHECKCONS: writers that unzip and Python read (local headers whose
+  // extra fields differ from the central directory's, bytes before the
+  // first entry or after the end record) are read as those readers read them.
+  Archive archive(zip_open_from_source(source.get(), ZIP_RDONLY, &error));
   if (!archive) RaiseZipError(name, "not a zip container (" + ErrorText(error) + ")");
   zip_error_fini(&error);
   source.release();  // the archive owns its source now
 
-  std::vector<ZipEntry> entries;
   const zip_int64_t count = zip_get_num_entries(archive.get(), 0);
+  if (count < 0 || static_cast<uint64_t>(count) > limits.entries)
+    RaiseZipError(name, "the container holds " + std::to_string(count) + " entries, more than " +
+                            std::to_string(limits.entries) + " that any score needs; not read");
+  std::vector<ZipEntry> entries;
+  uint64_t total = 0;
   for (zip_int64_t index = 0; index < count; ++index) {
     zip_stat_t stat;
     zip_stat_init(&stat);
-    if (zip_stat_index(archive.get(), index, 0, &stat) != 0 || !stat.name) continue;
+    if (zip_stat_index(archive.get(), static_cast<zip_uint64_t>(index), 0, &stat) != 0 ||
+        !stat.name)
+      continue;
     ZipEntry entry{stat.name, {}};
     if (entry.name.empty() || entry.name.back() == '/') continue;  // a folder
-    ArchiveFile file(zip_fopen_index(archive.get(), index, 0));
+    if (wanted && !wanted(entry.name)) {
+      entries.push_back(std::move(entry));
+      continue;
+    }
+    const uint64_t compressed = (stat.valid & ZIP_STAT_COMP_SIZE) ? stat.comp_size : 0;
+    ArchiveFile file(zip_fopen_index(archive.get(), static_cast<zip_uint64_t>(index), 0));
     if (!file)
       RaiseZipError(name, "cannot open " + entry.name + ": " + zip_strerror(archive.get()));
     char buffer[1 << 16];
@@ -71,8 +88,21 @@ std::vector<ZipEntry> ReadZipArchive(std::string_view bytes, const std::string& 
       if (read < 0)
         RaiseZipError(name, "cannot inflate " + entry.name + ": " + zip_file_strerror(file.get()));
       if (read == 0) break;
+      const uint64_t size = entry.bytes.size() + static_cast<uint64_t>(read);
+      if (size > limits.entryBytes)
+        RaiseZipError(name, entry.name + " inflates to more than " +
+                                std::to_string(limits.entryBytes >> 20) +
+                                " MB, larger than any score; not read");
+      if (total + size > limits.totalBytes)
+        RaiseZipError(name, "the container's files inflate to more than " +
+                                std::to_string(limits.totalBytes >> 20) +
+                                " MB together, more than any score; not read");
+      if (size > limits.ratioFrom && size / std::max<uint64_t>(compressed, 1) > limits.ratio)
+        RaiseZipError(name, entry.name + " inflates to more than " + std::to_string(limits.ratio) +
+                                " times its compressed size, which no score does; not read");
       entry.bytes.append(buffer, static_cast<size_t>(read));
     }
+    total += entry.bytes.size();
     entries.push_back(std::move(entry));
   }
   return entries;
