@@ -288,10 +288,10 @@ class ScoreImport {
   MuseData& m_component;
   const ImportOptions& m_options;
   std::string m_fileName;  // the file being read, as named in messages
-  int32_t m_parts = 0;   // parts in the score so far
-  int32_t m_found = 0;   // parts found in the inputs so far
-  int32_t m_loaded = 0;  // of them, parts that the score took
-  int32_t m_lost = 0;    // of them, parts lost other than by the group choice
+  int32_t m_parts = 0;     // parts in the score so far
+  int32_t m_found = 0;     // parts found in the inputs so far
+  int32_t m_loaded = 0;    // of them, parts that the score took
+  int32_t m_lost = 0;      // of them, parts lost other than by the group choice
   std::string m_firstLoss;
   std::vector<std::string> m_passedOver;  // input files without any part
 };
