@@ -21,6 +21,14 @@ struct ServeOptions {
   int stopAfter = 0;
   // Largest upload accepted, in bytes.
   size_t maxUpload = 50u * 1024 * 1024;
+  // Seconds a conversion may take before it is stopped (503).
+  double timeLimit = 60;
+  // Conversions at once (one per client at most), and requests that may
+  // wait for one; a request beyond them, or one that waits `patience`
+  // seconds, is turned away (503).
+  int conversions = 2;
+  int queued = 8;
+  int patience = 30;
 };
 
 // Declares the serve subcommand and its options on `app`.

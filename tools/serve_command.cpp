@@ -22,6 +22,12 @@ CLI::App* AddServeCommand(CLI::App& app, ServeOptions& options) {
   command->add_option("--assets", options.assets, "Folder of the page's files");
   command->add_option("--stop-after", options.stopAfter, "Stop after this many seconds")
       ->check(CLI::NonNegativeNumber);
+  command->add_option("--time-limit", options.timeLimit, "Seconds a conversion may take")
+      ->check(CLI::PositiveNumber)
+      ->capture_default_str();
+  command->add_option("--queue", options.queued, "Requests that may wait for a conversion")
+      ->check(CLI::NonNegativeNumber)
+      ->capture_default_str();
   return command;
 }
 

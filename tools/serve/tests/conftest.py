@@ -17,9 +17,9 @@ class Server:
     """`musedata serve` on a free port of 127.0.0.1, stopping by itself after
     ten minutes at the latest."""
 
-    def __init__(self):
+    def __init__(self, *options):
         self.process = subprocess.Popen(
-            [TOOL, "serve", "--port", "0", "--stop-after", "600"],
+            [TOOL, "serve", "--port", "0", "--stop-after", "600", *options],
             stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
         line = self.process.stdout.readline()
         match = re.search(r"http://127\.0\.0\.1:(\d+)/", line)
