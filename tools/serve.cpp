@@ -19,6 +19,7 @@
 #include <thread>
 
 #include "component/natural_order.h"
+#include "component/zip_archive.h"
 #include "musedata/converter_error.h"
 #include "musedata/score.h"
 #include "score_bytes.h"
@@ -288,6 +289,10 @@ class Service {
       Reply(response, 400, Problem(400, "no file was sent (multipart field \"file\")"));
       return;
     }
+    if (const std::optional<std::string> tooLarge = OverMemoryBudget(files)) {
+      Reply(response, 413, Problem(413, *tooLarge));
+      return;
+    }
     Budget budget = StartBudget();
     json result = tool::Convert(std::move(files), budget);
     if (budget.spent) {
@@ -414,6 +419,24 @@ class Service {
           Problem(status, status == 413 ? "the upload is larger than the server accepts (50 MB)"
                                         : "the request's body could not be read (a multipart "
                                           "body cut short or without its boundary?)"));
+  }
+
+  // Why the conversion of `files` would take more memory than the budget,
+  // or nothing. A score's tree takes some ninety bytes for each byte of
+  // MuseData and some nine for each byte of MusicXML text (an .mxl inflates
+  // within the zip reader's limits, to a tree of at most about 900 MB).
+  std::optional<std::string> OverMemoryBudget(const std::vector<InputFile>& files) const {
+    constexpr size_t kTreePerMuseDataByte = 90;
+    constexpr size_t kTreePerMusicXmlByte = 9;
+    size_t estimate = 0;
+    for (const InputFile& file : files)
+      estimate += file.bytes.size() * (LooksLikeZip(file.bytes)        ? 0
+                                       : LooksLikeMusicXml(file.bytes) ? kTreePerMusicXmlByte
+                                                                       : kTreePerMuseDataByte);
+    if (estimate <= m_options.memoryBudget) return std::nullopt;
+    return "the score of these files would take about " + std::to_string(estimate >> 20) +
+           " MB of memory, more than the preview gives one conversion (" +
+           std::to_string(m_options.memoryBudget >> 20) + " MB); convert them with musedata import";
   }
 
   Budget StartBudget() const {

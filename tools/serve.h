@@ -29,6 +29,9 @@ struct ServeOptions {
   int conversions = 2;
   int queued = 8;
   int patience = 30;
+  // Memory a conversion may take, judged before it starts from the size of
+  // what was sent (see the server's estimate); a larger one is refused.
+  size_t memoryBudget = size_t{1} << 30;
 };
 
 // Declares the serve subcommand and its options on `app`.

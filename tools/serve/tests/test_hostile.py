@@ -136,3 +136,13 @@ def test_a_compressed_score_that_inflates_past_any_score_is_refused(server, tmp_
     assert status == 200 and not answer["ok"]
     assert "zeros.mxl: score.xml inflates to more than 200 times" in answer["messages"][0]["text"]
     assert server.request("/")[0] == 200
+
+
+def test_a_movement_past_the_memory_budget_is_refused_before_it_is_converted(server):
+    # Some 12 MB of MuseData, whose score would take about a gigabyte.
+    parts = [(name, data.replace(b"/END", b"") * 20 + b"/END\n")
+             for name, data in real_sized_movement()]
+    status, answer = convert(server, parts)
+    assert status == 413 and "more than the preview gives one conversion" in \
+        answer["messages"][0]["text"]
+    assert convert(server, [(p.name, p.read_bytes()) for p in MINUET])[0] == 200
