@@ -187,10 +187,12 @@ struct PartTally {
   size_t found = 0;
   size_t loaded = 0;
   size_t outsideGroup = 0;
+  size_t withoutMusic = 0;
   void Count(PartFate fate) {
     ++found;
     if (fate == PartFate::Loaded) ++loaded;
     if (fate == PartFate::OutsideGroup) ++outsideGroup;
+    if (fate == PartFate::WithoutMusic) ++withoutMusic;
   }
 };
 
@@ -239,6 +241,7 @@ class Account {
     if (outcome != Outcome::Stopped) {
       m_parts.found += tally.found;
       m_parts.outsideGroup += tally.outsideGroup;
+      m_parts.withoutMusic += tally.withoutMusic;
     }
     if (outcome == Outcome::Converted) {
       ++m_converted;
@@ -268,6 +271,8 @@ class Account {
     std::fprintf(stderr, "musedata: converted %zu of %zu movements (%zu files, %zu of %zu parts",
                  m_converted, m_found, m_files, m_parts.loaded, m_parts.found);
     if (m_parts.outsideGroup) std::fprintf(stderr, "; %zu outside the group", m_parts.outsideGroup);
+    if (m_parts.withoutMusic)
+      std::fprintf(stderr, "; %zu without musical data", m_parts.withoutMusic);
     std::fprintf(stderr, ") in %.2f s", seconds);
     if (IsInterrupted())
       std::fprintf(stderr, " before %s interrupted the batch; the rest were not written",

@@ -20,6 +20,7 @@ namespace musedata {
 enum class PartFate {
   Loaded,        // it is a part of the score
   OutsideGroup,  // it does not belong to the wanted group
+  WithoutMusic,  // it holds no musical data (a set's MIDI channel table): skipped
   Lost           // no part was made of it: no musical data, an error, or the import ended first
 };
 

@@ -97,9 +97,9 @@ def test_errors_and_warnings_name_file_part_and_line(converter, tmp_path):
     from music21.converter import ConverterException
 
     with pytest.raises(ConverterException) as caught:
-        converter.parse(str(TEST_DATA / "sets" / "toggle.msd"), forceSource=True)
+        converter.parse(str(TEST_DATA / "sets" / "lost-end.msd"), forceSource=True)
     assert isinstance(caught.value, musedata.ConverterError)
-    assert "toggle.msd part 2 (Violino II), line 25" in str(caught.value)
+    assert "lost-end.msd part 2 (Violino II), line 25" in str(caught.value)
 
     with warnings.catch_warnings(record=True) as caught_warnings:
         warnings.simplefilter("always")

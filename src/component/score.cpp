@@ -187,6 +187,21 @@ class ScoreImport {
   bool LoadMuseData(const std::string& name, std::string_view bytes,
                     std::vector<std::string>& passedOver) {
     m_fileName = name;
+    // A comment block whose closing line took a stray character ("2&&&&",
+    // a typing slip of published data) would swallow the rest of its part:
+    // that line closes it, with a warning.
+    std::string mended;
+    const std::vector<StrayCommentEnd> strayEnds = FindStrayCommentEnds(bytes);
+    if (!strayEnds.empty()) {
+      mended.assign(bytes);
+      for (const StrayCommentEnd& end : strayEnds) {
+        Warn(name + ", line " + std::to_string(end.line) + ": \"" + std::string(end.text) +
+             "\" read as the end of the comment block that begins on line " +
+             std::to_string(end.blockLine) + " (\"&\" repeated after a stray character)");
+        mended[end.offset] = '&';
+      }
+      bytes = mended;
+    }
     const SetFileLayout layout = SetFileParts(bytes);
     if (layout.parts.empty()) {
       // An XML file given as MuseData is a common slip; say so.
@@ -207,6 +222,12 @@ class ScoreImport {
     for (; index < layout.parts.size() && complete; ++index) {
       const SetFilePart& part = layout.parts[index];
       m_found = CheckedAdd(m_found, 1);
+      if (!HasMusicalData(part.bytes) && InWantedGroup(part.bytes)) {
+        // A set's MIDI channel table, say: a header and no music.
+        Warn(labels[index] + ": no musical data (no \"$\" record and no note); skipped");
+        Count(PartFate::WithoutMusic);
+        continue;
+      }
       try {
         complete =
             Judge(labels[index], m_component.LoadPart(labels[index], part.bytes, part.firstLine));
@@ -222,6 +243,14 @@ class ScoreImport {
     NotReached(labels, index);
     m_component.SetEncoding(m_options.encoding);
     return complete;
+  }
+
+  // Whether the group being loaded takes the part (every group does for "").
+  bool InWantedGroup(std::string_view part) const {
+    const std::string& wanted = m_component.GroupType();
+    if (wanted.empty()) return true;
+    const std::vector<std::string> groups = PartGroups(part);
+    return std::find(groups.begin(), groups.end(), wanted) != groups.end();
   }
 
   // "trio.msd part 3 (Basso)" for a part of a set; a part file is its name.

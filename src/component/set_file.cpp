@@ -1,6 +1,7 @@
 #include "component/set_file.h"
 
 #include <algorithm>
+#include <optional>
 
 #include "encoding/code_pages.h"
 #include "encoding/record_view.h"
@@ -142,6 +143,116 @@ void AddStrayLines(const std::vector<Line>& lines, size_t first, size_t last,
 }
 
 }  // namespace
+
+namespace {
+
+bool IsStrayBlockEnd(std::string_view line) {
+  const std::string_view text = WithoutTrailingBlanks(line);
+  return text.size() >= 3 && text[0] != '&' && text[0] != ' ' &&
+         text.find_first_not_of('&', 1) == std::string_view::npos;
+}
+
+// After the group-membership record, which every part has.
+std::string_view AfterGroupMemberships(std::string_view bytes) {
+  size_t position = 0;
+  while (position < bytes.size())
+    if (IsGroupMemberships(TakeLine(bytes, position))) return bytes.substr(position);
+  return {};
+}
+
+std::string Lowered(std::string_view text) {
+  std::string lowered(text);
+  for (char& c : lowered)
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+  return lowered;
+}
+
+}  // namespace
+
+std::vector<StrayCommentEnd> FindStrayCommentEnds(std::string_view bytes) {
+  std::vector<StrayCommentEnd> ends;
+  // Files without a comment block, nearly all, are passed over at once.
+  if (!bytes.starts_with('&') && bytes.find("\n&") == std::string_view::npos) return ends;
+  bool inBlock = false;
+  int32_t line = 0;
+  int32_t blockLine = 0;
+  std::optional<StrayCommentEnd> candidate;
+  size_t position = 0;
+  while (true) {
+    const bool atEnd = position >= bytes.size();
+    const size_t start = position;
+    const std::string_view text = atEnd ? std::string_view() : TakeLine(bytes, position);
+    if (!atEnd) ++line;
+    if (atEnd || IsEndOfData(text) || IsBetweenParts(text)) {
+      if (inBlock && candidate) {
+        // The block ends at its stray end; read on from the line after it.
+        ends.push_back(*candidate);
+        line = candidate->line;
+        position = candidate->offset;
+        TakeLine(bytes, position);
+        inBlock = false;
+        candidate.reset();
+        continue;
+      }
+      inBlock = false;
+      candidate.reset();
+      if (atEnd) break;
+      continue;
+    }
+    if (!text.empty() && text.front() == '&') {
+      inBlock = !inBlock;
+      blockLine = line;
+      candidate.reset();
+    } else if (inBlock && !candidate && IsStrayBlockEnd(text)) {
+      candidate = StrayCommentEnd{line, blockLine, start, WithoutTrailingBlanks(text)};
+    }
+  }
+  return ends;
+}
+
+bool HasMusicalData(std::string_view bytes) {
+  const std::string_view data = AfterGroupMemberships(bytes);
+  size_t position = 0;
+  while (position < data.size()) {
+    const std::string_view line = TakeLine(data, position);
+    if (line.empty()) continue;
+    const char first = line.front();
+    if (first == '$' || line.starts_with("measure") || line.starts_with("mheavy") ||
+        line.starts_with("mdouble") || line.starts_with("back") || line.starts_with("rest") ||
+        line.starts_with("irest"))
+      return true;
+    // A note, cue or grace note or chord tone: a step letter, up to two
+    // accidentals, an octave digit.
+    const size_t step = (first == 'c' || first == 'g' || first == ' ') ? 1 : 0;
+    if (step >= line.size() || line[step] < 'A' || line[step] > 'G') continue;
+    size_t octave = step + 1;
+    while (octave < line.size() && octave < step + 3 &&
+           (line[octave] == '#' || line[octave] == 'f'))
+      ++octave;
+    if (octave < line.size() && line[octave] >= '0' && line[octave] <= '9') return true;
+  }
+  return false;
+}
+
+std::vector<std::string> PartGroups(std::string_view bytes) {
+  size_t position = 0;
+  while (position < bytes.size()) {
+    const std::string_view line = TakeLine(bytes, position);
+    if (!IsGroupMemberships(line)) continue;
+    std::vector<std::string> groups;
+    std::string_view rest =
+        line.substr(line.find(':') == std::string_view::npos ? line.size() : line.find(':') + 1);
+    while (!rest.empty()) {
+      const size_t comma = rest.find_first_of(", ");
+      const std::string_view group = rest.substr(0, comma);
+      if (!group.empty()) groups.push_back(Lowered(WithoutTrailingBlanks(group)));
+      if (comma == std::string_view::npos) break;
+      rest.remove_prefix(comma + 1);
+    }
+    return groups;
+  }
+  return {};
+}
 
 SetFileLayout SetFileParts(std::string_view bytes) {
   // Kept from file to file: a batch splits thousands of files, and a fresh

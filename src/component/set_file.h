@@ -50,6 +50,32 @@ struct SetFileLayout {
 // where the next part begins.
 SetFileLayout SetFileParts(std::string_view bytes);
 
+// A line that was meant to close a comment block: "&" repeated, with one
+// stray character in front of it ("2&&&&&&&&"), so that it toggles nothing
+// and the block it stands in runs to the end of its part.
+struct StrayCommentEnd {
+  int32_t line = 0;       // the line, counted from 1 in the file
+  int32_t blockLine = 0;  // the "&" line that opened the block
+  size_t offset = 0;      // where the stray character stands in the file
+  std::string_view text;  // the line as it stands
+};
+
+// The stray block ends of the MuseData file `bytes`: for every comment block
+// that is never closed before the end of its part ("/END", "/eof", "//" or
+// the end of the file), its first line that is "&" repeated after one stray
+// character; the block is taken to end there, and the file is read on from
+// the line after it.
+std::vector<StrayCommentEnd> FindStrayCommentEnds(std::string_view bytes);
+
+// Whether the part `bytes` (as SetFileParts gives it) holds musical data
+// after its group-membership record: an attribute record, a note, rest,
+// bar or back record. A set's MIDI channel table holds none.
+bool HasMusicalData(std::string_view bytes);
+
+// The groups the part's "Group memberships:" record names, trimmed and
+// lower-cased.
+std::vector<std::string> PartGroups(std::string_view bytes);
+
 // The parts of a MuseData file, in order, each a source of its own named
 // "<fileName> part <n>" that reports line numbers of the whole file. The
 // encoding is decided once for the whole file. A file without any part gives

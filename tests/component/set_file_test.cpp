@@ -78,6 +78,44 @@ TEST(SetFile, FindsPartsByTheirGroupMembershipRecord) {
   for (const auto& row : rows) EXPECT_EQ(Layout(row.bytes), row.layout) << row.name;
 }
 
+// A block's closing line with a stray character is found only where the
+// block would otherwise run to the end of its part.
+TEST(SetFile, StrayBlockEndsCloseOnlyBlocksLeftOpen) {
+  const struct {
+    const char* name;
+    std::string bytes;
+    const char* ends;  // "line/opened on" of each stray end found
+  } rows[] = {
+      {"a block left open", "&\nnote\n2&&&&&\n$  Q:1\n/END\n", "3/1"},
+      {"closed properly, the stray line is a comment", "&\n2&&&&\n&\n/END\n", ""},
+      {"no stray line: refused as it is", "&\n2&&& and words\n/END\n", ""},
+      {"two parts, one block each left open", "&\nx&&&\n/END\n&\n/END\n&\n\n#&&&\n", "2/1 8/6"},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.name);
+    std::string found;
+    for (const StrayCommentEnd& end : FindStrayCommentEnds(row.bytes)) {
+      found += (found.empty() ? "" : " ") + std::to_string(end.line) + "/" +
+               std::to_string(end.blockLine);
+      EXPECT_EQ(row.bytes.substr(end.offset, end.text.size()), end.text);
+    }
+    EXPECT_EQ(found, row.ends);
+  }
+}
+
+// A set's MIDI channel table has a header and no music; a part has a "$"
+// record, a note or a bar line.
+TEST(SetFile, TellsPartsFromTablesWithoutMusic) {
+  const std::string table = Header() + "hdr   channel program\nh1    1       74\n/END\n";
+  EXPECT_FALSE(HasMusicalData(table));
+  for (const char* music :
+       {"$  Q:1", "C4    1", "cF#5   1", "gBf3  0", " E4    1", "rest 2", "measure 1"})
+    EXPECT_TRUE(HasMusicalData(Header() + music + "\n/END\n")) << music;
+  EXPECT_FALSE(HasMusicalData(Header() + "Horn in F\n/END\n"));
+  EXPECT_EQ(PartGroups("x\nGroup memberships: Score, parts  sound\n"),
+            (std::vector<std::string>{"score", "parts", "sound"}));
+}
+
 TEST(SetFile, EncodingIsDecidedForTheWholeFile) {
   // The first part alone is valid UTF-8; the second has a code page 437 byte.
   // Both must be read as code page 437, so the first part's "\xC3\xA4" is two

@@ -87,8 +87,10 @@ TEST(Corpus, MessagesNameTheSetFileAndThePart) {
 }
 
 // Set files as they are published: four parts split by "/END" alone with "@"
-// lines between, one part with empty rights lines closed by "/eof", and a set
-// whose second part a damaged comment toggle turned into a comment.
+// lines between, one part with empty rights lines closed by "/eof", sets
+// whose second part a damaged comment toggle turned into a comment (the
+// toggle mended when it is "&" repeated after a stray character, the part
+// lost when it is not), and a set with a MIDI channel table.
 TEST(Corpus, PublishedShapesKeepEveryPart) {
   const TempDir folder;
   const std::string solo = ReadFile(kData + "/sets/solo.md");
@@ -103,9 +105,18 @@ TEST(Corpus, PublishedShapesKeepEveryPart) {
       {kData + "/sets", "quartet.msd", 0, "Violino I|Violino II|Viola|Violoncello", ""},
       {kData + "/sets", "solo.md", 0, "Flauto solo", ""},
       {folder.Path(), "solo-plain.md", 0, "Flauto solo", ""},
-      {kData + "/sets", "toggle.msd", 1, "",
-       "musedata: warning: toggle.msd part 2 (Violino II), line 25: the comment block that "
+      // Its block's closing line took a stray character: that line closes it.
+      {kData + "/sets", "toggle.msd", 0, "Violino I|Violino II|Viola",
+       "musedata: warning: toggle.msd, line 27: \"2&&&&&&&&&&&&&&&&&&&&&&&&&&&&\" read as the "
+       "end of the comment block that begins on line 25 (\"&\" repeated after a stray "
+       "character)\n"},
+      {kData + "/sets", "lost-end.msd", 1, "",
+       "musedata: warning: lost-end.msd part 2 (Violino II), line 25: the comment block that "
        "begins here is never closed, so no part was made\n"},
+      // A set's MIDI channel table is no part, in every group.
+      {kData + "/sets", "-g '' midi-table.msd", 0, "Flauto solo",
+       "musedata: warning: midi-table.msd part 2 (MIDI channels): no musical data (no \"$\" "
+       "record and no note); skipped\nmusedata: warning: midi-table.msd: 1 of 2 parts loaded\n"},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.file);
@@ -159,7 +170,7 @@ TEST(Corpus, CodePage437AndUtf8GiveTheSameScore) {
 
 TEST(Corpus, BatchConvertsGoodMovementsAndListsBadOnes) {
   const TempDir root;
-  for (const std::string set : {"trio.msd", "toggle.msd"})
+  for (const std::string set : {"trio.msd", "lost-end.msd"})
     root.Write("in/sets/" + set, ReadFile(kData + "/sets/" + set));
   // Part files of one folder are one movement, whether or not one ends with "/eof".
   root.Write("in/bach/mov1/01", ReadFile(kData + "/encodings/muller-utf8.md"));
@@ -176,13 +187,13 @@ TEST(Corpus, BatchConvertsGoodMovementsAndListsBadOnes) {
   EXPECT_EQ(run.status, 2) << run.err;
   for (const char* made : {"sets/trio.musicxml", "bach/mov1.musicxml", "zips/aria.musicxml"})
     EXPECT_TRUE(fs::exists(fs::path(root.Path()) / "out" / made)) << made;
-  for (const char* missing : {"sets/toggle.musicxml", "broken.musicxml", ".hidden"})
+  for (const char* missing : {"sets/lost-end.musicxml", "broken.musicxml", ".hidden"})
     EXPECT_FALSE(fs::exists(fs::path(root.Path()) / "out" / missing)) << missing;
   for (const char* line :
        {"musedata: warning: broken/: passed over files without a MuseData part: empty.md, README\n",
         "musedata: converted 3 of 4 movements (4 files, 8 of 12 parts; 1 outside the group)",
         "; passed over 2 files that are not MuseData\n",
-        "musedata: sets/toggle.msd: conversion stopped: 1 of 3 parts lost: toggle.msd part 2"})
+        "musedata: sets/lost-end.msd: conversion stopped: 1 of 3 parts lost: lost-end.msd part 2"})
     EXPECT_NE(run.err.find(line), std::string::npos) << line << "\n" << run.err;
   EXPECT_EQ(PartNames(ReadFile(root.Path() + "/out/bach/mov1.musicxml")), "Violine|Violine");
   EXPECT_EQ(ReadFile(root.Path() + "/out/zips/aria.musicxml"),

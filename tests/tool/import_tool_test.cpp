@@ -26,10 +26,10 @@ std::string Contents(const std::string& xml) {
 TEST(ImportTool, LoadsEveryInputAsTheNextPart) {
   const TempDir folder;
   for (const std::string name : {"part10", "part2", "part1", ".hidden"})
-    folder.Write("set/" + name + ".md", Part({"@ " + name}));
-  folder.Write("set/inner/part3.md", Part({"@ part3"}));
-  folder.Write("oboe.md", Part({"@ oboe"}));
-  folder.Write("horn.md", Part({"@ horn"}));
+    folder.Write("set/" + name + ".md", Part({"@ " + name, "$  Q:1"}));
+  folder.Write("set/inner/part3.md", Part({"@ part3", "$  Q:1"}));
+  folder.Write("oboe.md", Part({"@ oboe", "$  Q:1"}));
+  folder.Write("horn.md", Part({"@ horn", "$  Q:1"}));
 
   EXPECT_EQ(RunTool(folder.Path(), "import -o two.xml horn.md oboe.md").status, 0);
   EXPECT_EQ(Contents(ReadFile(folder.Path() + "/two.xml")), "horn oboe in 2 parts");
@@ -42,8 +42,8 @@ TEST(ImportTool, LoadsEveryInputAsTheNextPart) {
 TEST(ImportTool, FailuresReportOneLineAndNeverReplaceTheOutput) {
   const TempDir folder;
   std::string wide;
-  for (const char c : Part({"@ violin"})) wide += std::string{c, '\0'};
-  folder.Write("good.md", Part({"@ good"}));
+  for (const char c : Part({"@ violin", "$  Q:1"})) wide += std::string{c, '\0'};
+  folder.Write("good.md", Part({"@ good", "$  Q:1"}));
   folder.Write("gap.md", Part({"$ K:0 Q:4 T:3/4 C:4", "", "@ after the gap"}));
   folder.Write("bom.md", "\xFF\xFE" + wide);
   folder.Write("wide.md", wide);
@@ -81,10 +81,10 @@ TEST(ImportTool, FailuresReportOneLineAndNeverReplaceTheOutput) {
 // Either command, used wrongly, says so and writes nothing.
 TEST(Tool, WrongUsageExits64AndWritesNothing) {
   const TempDir folder;
-  folder.Write("a.md", Part({"@ a"}));
+  folder.Write("a.md", Part({"@ a", "$  Q:1"}));
   folder.Write("a.xml", ReadFile(MUSEDATA_TEST_DATA "/export/sonatina.musicxml"));
   fs::create_directories(folder.Path() + "/empty/.git");
-  folder.Write("empty/.hidden.md", Part({"@ hidden"}));
+  folder.Write("empty/.hidden.md", Part({"@ hidden", "$  Q:1"}));
   const std::vector<std::string> before = Names(folder.Path());
   for (const char* arguments :
        {"", "import", "transmogrify a.md", "import --bogus a.md", "import a.md -o",

@@ -91,7 +91,7 @@ TEST(OutputTool, EveryKindOfOutputIsWrittenAndStaysWhatItWas) {
 // An output that is one of the inputs, by any name, is refused before any work.
 TEST(OutputTool, OutputsThatWouldOverwriteAnInputAreRefused) {
   const TempDir folder;
-  const std::string part = Part({"@ violin"});
+  const std::string part = Part({"@ violin", "$  Q:1"});
   folder.Write("in/a.md", part);
   fs::create_symlink("a.md", folder.Path() + "/in/link.md");
   fs::create_hard_link(folder.Path() + "/in/a.md", folder.Path() + "/in/hard.md");
@@ -257,7 +257,7 @@ TEST(OutputTool, UnreadableFoldersAndFilesAreNamed) {
   const TempDir folder;
   fs::permissions(folder.Path(), fs::perms::all);
   for (const std::string movement : {"one", "two", "three", "four"})
-    folder.Write("in/" + movement + "/part.md", Part({"@ " + movement}));
+    folder.Write("in/" + movement + "/part.md", Part({"@ " + movement, "$  Q:1"}));
   fs::create_directories(folder.Path() + "/out");
   fs::permissions(folder.Path() + "/out", fs::perms::all);
   struct Lock {
