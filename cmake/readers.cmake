@@ -23,4 +23,4 @@ endif()
 add_test(NAME readers COMMAND ${Python3_EXECUTABLE} -B -m pytest -q -p no:cacheprovider -rs
          ${readers_source})
 set_tests_properties(readers PROPERTIES ENVIRONMENT
-  "MUSEDATA_TOOL=$<TARGET_FILE:musedata_tool>;MUSEDATA_READERS=${readers_dir}/node_modules;PYTHONDONTWRITEBYTECODE=1")
+  "MUSEDATA_TOOL=$<TARGET_FILE:musedata_tool>;MUSEDATA_READERS=${readers_dir}/node_modules;MUSEDATA_MUSIC21_ARCHIVE=${MUSEDATA_MUSIC21_ARCHIVE};PYTHONDONTWRITEBYTECODE=1")

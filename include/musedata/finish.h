@@ -24,6 +24,7 @@ struct FinishCounts {
   int32_t measuresRemoved = 0;    // empty measures at the start or end of a part
   int32_t repeatsMended = 0;      // ":||:" bar lines written as two repeats
   int32_t voicesNumbered = 0;     // layers after a backup given a voice of their own
+  int32_t cueNotesTimed = 0;      // cue notes given the duration MusicXML requires
   int32_t tiesClosed = 0;         // ties given the stop on their partner note
   int32_t tiesRemoved = 0;        // ties without a partner note
   int32_t trillLinesClosed = 0;   // wavy lines given their stop

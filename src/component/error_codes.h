@@ -110,6 +110,7 @@ inline constexpr Procedure kAddTempoWords{6096, "MuseData AddTempoWords"};
 inline constexpr Procedure kMendValues{6097, "MuseData MendValues"};
 inline constexpr Procedure kMendCourtesyAccidentals{6098, "MuseData MendCourtesyAccidentals"};
 inline constexpr Procedure kNameInstrument{6099, "MuseData NameInstrument"};
+inline constexpr Procedure kTimeCueNotes{6100, "MuseData TimeCueNotes"};
 
 // The finishing step for MuseData, over the tool's copy of a score.
 inline constexpr Procedure kFinishForMuseData{6110, "MuseData FinishForMuseData"};

@@ -107,39 +107,6 @@ void PlaceUnpitched(xml::Node note, xml::Node unpitched, const NoteWalk& walk) {
   unpitched.Remove();
 }
 
-// The duration, in divisions, of a note of the type and dots of `note`.
-int64_t DurationOfType(xml::Node note, int32_t divisions) {
-  struct Value {
-    std::string_view type;
-    int64_t sixtyFourths;  // of a whole note, times 4 for the shortest values
-  };
-  static constexpr Value kValues[] = {{"long", 4096}, {"breve", 2048},  {"whole", 1024},
-                                      {"half", 512},  {"quarter", 256}, {"eighth", 128},
-                                      {"16th", 64},   {"32nd", 32},     {"64th", 16},
-                                      {"128th", 8},   {"256th", 4}};
-  const std::string type = note.Child("type").Text();
-  int64_t length = 0;
-  for (const Value& value : kValues)
-    if (value.type == type) length = value.sixtyFourths;
-  if (length == 0) length = 256;
-  int64_t total = length;
-  for (int32_t dots = note.CountChildren("dot"); dots > 0; --dots) {
-    length /= 2;
-    total += length;
-  }
-  int64_t actual = 1;
-  int64_t normal = 1;
-  if (const xml::Node ratio = note.Child("time-modification")) {
-    ReadWholeNumber(ratio.Child("actual-notes").Text(), actual);
-    ReadWholeNumber(ratio.Child("normal-notes").Text(), normal);
-    if (actual < 1 || normal < 1) actual = normal = 1;
-  }
-  // A quarter is `divisions`, and 256 of the units above.
-  const int64_t scaled = total * divisions * normal;
-  const int64_t per = 256 * actual;
-  return (scaled + per / 2) / per;
-}
-
 // MuseData writes a pitch as a step letter, an octave digit and at most two
 // sharps or flats. A lower-case step is raised; a pitch that is none of
 // these (a step "h", an octave "x" or 12) makes the note a rest, with a
@@ -265,7 +232,8 @@ NoteChanges MendNotes(const PartInScore& part, xml::Node measure, bool keepPosit
         if (chordTone && lastDuration) {
           duration.AppendText(lastDuration.Text());
         } else {
-          duration.AppendText(std::to_string(DurationOfType(element, std::max(walk.divisions, 1))));
+          duration.AppendText(
+              std::to_string(finish::DurationOfType(element, std::max(walk.divisions, 1))));
           if (!element.Child("cue"))
             context.Warn(part, measure,
                          "a " + finish::PitchName(element) +

@@ -38,6 +38,7 @@ std::vector<std::pair<std::string, int32_t>> CountsByKind(const FinishCounts& co
   return {{"empty measures removed", counts.measuresRemoved},
           {"double repeats mended", counts.repeatsMended},
           {"layers given a voice", counts.voicesNumbered},
+          {"cue notes given a duration", counts.cueNotesTimed},
           {"ties closed", counts.tiesClosed},
           {"ties removed", counts.tiesRemoved},
           {"trill lines closed", counts.trillLinesClosed},
@@ -70,6 +71,7 @@ FinishCounts FinishScore(const Document& document,
       std::vector<finish::TupletNote> tuplets;
       finish::ChordsOfVoices chords;
       finish::ValueWalk values;
+      int32_t cueDivisions = 1;
       for (size_t index = 0; index < part.measures.size(); ++index) {
         // The passes skip from child to child of a measure, which the
         // processor cannot foresee; the next measure is asked for ahead.
@@ -77,6 +79,7 @@ FinishCounts FinishScore(const Document& document,
           xml::Prefetch(part.measures[index + 1], part.measures[index + 2]);
         counts.repeatsMended += finish::MendDoubleRepeat(part, index, context);
         counts.voicesNumbered += finish::NumberVoices(part.measures[index], context);
+        counts.cueNotesTimed += finish::TimeCueNotes(part.measures[index], cueDivisions, context);
         finish::ReadChords(part.measures, index, chords, tuplets);
         counts.tempoWords += finish::AddTempoWords(part.measures[index], context);
         counts.valuesMended += finish::MendValues(part, index, tuplets, values, context);
@@ -86,8 +89,10 @@ FinishCounts FinishScore(const Document& document,
       counts.tiesRemoved += ties.removed;
       counts.trillLinesClosed += finish::CloseTrillLines(part, chords, context);
       counts.accidentalsMended += finish::MendCourtesyAccidentals(chords, context);
-      counts.instrumentsNamed += finish::NameInstrument(part, context);
     }
+    // Every score-part, also one whose part the import never filled.
+    for (const xml::Node scorePart : root.Child("part-list").Children("score-part"))
+      counts.instrumentsNamed += finish::NameInstrument(scorePart, context);
     return counts;
   });
 }

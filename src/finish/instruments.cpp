@@ -64,9 +64,8 @@ int32_t ProgramFor(std::string_view name) {
 
 }  // namespace
 
-int32_t NameInstrument(const PartInScore& part, Context& context) {
+int32_t NameInstrument(xml::Node scorePart, Context& context) {
   return Trap(kNameInstrument, context.Caught(), [&] {
-    const xml::Node scorePart = part.scorePart;
     if (!scorePart || scorePart.Child("score-instrument")) return 0;
     const std::string id = std::string(scorePart.Attr("id")) + "-I1";
     std::string name = scorePart.Child("part-name").Text();

@@ -47,6 +47,13 @@ TieChanges CloseTies(const PartInScore& part, const ChordsOfVoices& chords, Cont
 // The stops it adds are recorded in `chords`.
 int32_t CloseTrillLines(const PartInScore& part, ChordsOfVoices& chords, Context& context);
 
+// MuseData's cue notes take no time, and the converter writes them without a
+// duration, which MusicXML requires of a cue note. Each gets the duration its
+// type says, and the time the run of cue notes takes is given back: by the
+// invisible rest (forward) that follows them in their voice, or by a backup.
+// `divisions` carries the divisions in force from measure to measure.
+int32_t TimeCueNotes(xml::Node measure, int32_t& divisions, Context& context);
+
 // Tempo and other directives exist only as attributes/directive, which
 // notation programs do not show; each is also written as words above the
 // staff at the same place, in one measure.
@@ -73,6 +80,6 @@ int32_t MendCourtesyAccidentals(const ChordsOfVoices& chords, Context& context);
 // Without a score-instrument notation programs make every part a piano; the
 // part's name becomes the instrument's, with a General MIDI program where
 // the name is a common instrument.
-int32_t NameInstrument(const PartInScore& part, Context& context);
+int32_t NameInstrument(xml::Node scorePart, Context& context);
 
 }  // namespace musedata::finish

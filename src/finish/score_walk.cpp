@@ -128,6 +128,39 @@ void ReadChords(const std::vector<xml::Node>& measures, size_t index, ChordsOfVo
   }
 }
 
+// The duration, in divisions, of a note of the type and dots of `note`.
+int64_t DurationOfType(xml::Node note, int32_t divisions) {
+  struct Value {
+    std::string_view type;
+    int64_t sixtyFourths;  // of a whole note, times 4 for the shortest values
+  };
+  static constexpr Value kValues[] = {{"long", 4096}, {"breve", 2048},  {"whole", 1024},
+                                      {"half", 512},  {"quarter", 256}, {"eighth", 128},
+                                      {"16th", 64},   {"32nd", 32},     {"64th", 16},
+                                      {"128th", 8},   {"256th", 4}};
+  const std::string type = note.Child("type").Text();
+  int64_t length = 0;
+  for (const Value& value : kValues)
+    if (value.type == type) length = value.sixtyFourths;
+  if (length == 0) length = 256;
+  int64_t total = length;
+  for (int32_t dots = note.CountChildren("dot"); dots > 0; --dots) {
+    length /= 2;
+    total += length;
+  }
+  int64_t actual = 1;
+  int64_t normal = 1;
+  if (const xml::Node ratio = note.Child("time-modification")) {
+    actual = WholeNumber(ratio.Child("actual-notes").Text(), 0);
+    normal = WholeNumber(ratio.Child("normal-notes").Text(), 0);
+    if (actual < 1 || normal < 1) actual = normal = 1;
+  }
+  // A quarter is `divisions`, and 256 of the units above.
+  const int64_t scaled = total * divisions * normal;
+  const int64_t per = 256 * actual;
+  return (scaled + per / 2) / per;
+}
+
 xml::Node InsertBeforeFirstOf(xml::Node parent, const char* name,
                               std::span<const std::string_view> later) {
   for (xml::Node child : parent.Children()) {

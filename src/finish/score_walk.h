@@ -45,6 +45,9 @@ class Context {
 std::vector<xml::Node> MeasuresOf(xml::Node part);
 
 bool IsChordTone(xml::Node note);
+// The duration, in divisions of which a quarter has `divisions`, of a note
+// of the type, dots and tuplet ratio of `note` (a quarter when it has no type).
+int64_t DurationOfType(xml::Node note, int32_t divisions);
 // The whole number in `text`, or `fallback` when it is not one.
 int32_t WholeNumber(std::string_view text, int32_t fallback);
 // The sounding pitch of a note's `pitch` as "step alter octave" ("F 1 4");

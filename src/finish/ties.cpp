@@ -74,7 +74,9 @@ struct OpenTie {
   TieMarks marks;
   size_t measure;
 };
-using OpenTies = std::map<std::string, OpenTie>;  // by pitch
+// By pitch; a chord may hold a pitch twice (two voices in unison on one
+// staff), each with its own tie.
+using OpenTies = std::multimap<std::string, OpenTie>;
 
 // Walks the chords of one voice, pairing each tie with the next chord. A
 // grace note stands between two chords without parting a tie that runs past
@@ -103,7 +105,7 @@ class TieCloser {
         Drop({note, starts, chord.measure}, "is on a rest");
         continue;
       }
-      opening[pitch] = OpenTie{note, starts, chord.measure};
+      opening.emplace(pitch, OpenTie{note, starts, chord.measure});
     }
     // A tie not answered by this chord has lost its partner.
     DropAll(m_afterGrace, "finds no note of that pitch in the next chord of its voice");

@@ -128,6 +128,32 @@ TEST(Finish, MendsEachShape) {
         "back   4", Note("C3", "4")},
        "//note/voice",
        "<voice>1</voice><voice>4</voice><voice>4</voice><voice>3</voice>"},
+      {"tied tones in unison each end on their own tone",
+       {kAttributes, Tied("C4"), Tied(" C4"), "measure 2", Note("C4", "4"), Note(" C4", "4")},
+       "//measure[2]/note/tie/@type",
+       // The converter pairs the first tie with the tone in unison beside it.
+       " type=\"stop\" type=\"stop\" [warning: part 1 (Violino I), measure 1: a tie ends on C4 "
+       "without a start; removed]"},
+      {"a layer's notes that sound with the first layer's voice take the layer's own",
+       {kAttributes, Note("C5", "4", {{15, "1"}}), "back   4", Note("C4", "2", {{15, "2"}}),
+        Note("D4", "2", {{15, "1"}})},
+       "//note/voice",
+       "<voice>1</voice><voice>2</voice><voice>2</voice>"},
+      {"a layer hands over to the first voice where that voice is silent",
+       {kAttributes, Note("C5", "2", {{15, "1"}}), "back   2", Note("C4", "2", {{15, "2"}}),
+        Note("D4", "2", {{15, "1"}})},
+       "//note/voice",
+       "<voice>1</voice><voice>2</voice><voice>1</voice>"},
+      {"cue notes get durations, taken from the invisible rest that follows them",
+       {kAttributes, Note("C5", "4", {{15, "1"}}), "back   4",
+        Note("cB4", "", {{15, "2"}, {17, "7"}}), Note("cA4", "", {{15, "2"}, {17, "7"}}),
+        "irest  4      2"},
+       "//note[cue]/duration|//forward",
+       "<duration>2</duration><duration>2</duration>"},
+      {"cue notes without a rest after them are followed by a backup of their time",
+       {kAttributes, Note("cB4", "", {{15, "1"}, {17, "7"}}), Note("C5", "4")},
+       "//measure/*/duration",
+       "<duration>2</duration><duration>2</duration><duration>4</duration>"},
       {"a directive is also words above its staff, right after its attributes",
        {"$ K:0 Q:2 T:2/4 C1:4 C2:22 D2:Adagio", Note("C4", "4")},
        "//directive|//measure/*[2]",
@@ -230,6 +256,17 @@ TEST(Finish, NamesTheInstrumentOfEveryPart) {
                   "</instrument-name></score-instrument>");
     EXPECT_EQ(XmlAt(imported.document, "//midi-program/text()"), program);
   }
+}
+
+// A score-part whose part holds nothing gets its instrument too.
+TEST(Finish, NamesTheInstrumentOfAScorePartWithoutItsPart) {
+  const Document score = ReadMusicXml(
+      "<score-partwise><part-list><score-part id=\"P1\"><part-name>Oboe</part-name></score-part>"
+      "<score-part id=\"P2\"><part-name>Viola</part-name></score-part></part-list>"
+      "<part id=\"P1\"><measure number=\"1\"/></part></score-partwise>",
+      "score.musicxml");
+  EXPECT_EQ(FinishScore(score).instrumentsNamed, 2);
+  EXPECT_EQ(XmlAt(score, "//midi-program/text()"), "6942");
 }
 
 // The golden aria: finishing twice changes nothing the second time, and the
