@@ -1,7 +1,7 @@
 // Cue notes with the duration MusicXML requires of them.
 
+#include <algorithm>
 #include <string>
-#include <vector>
 
 #include "component/error_codes.h"
 #include "finish/passes.h"
@@ -25,55 +25,54 @@ bool IsUntimedCue(xml::Node element) {
 int32_t TimeCueNotes(xml::Node measure, int32_t& divisions, Context& context) {
   return Trap(kTimeCueNotes, context.Caught(), [&] {
     int32_t timed = 0;
-    std::vector<xml::Node> elements;
-    for (const xml::Node element : measure.Children()) elements.push_back(element);
-    for (size_t index = 0; index < elements.size(); ++index) {
-      const xml::Node element = elements[index];
+    for (xml::Node element = measure.FirstElement(); element;) {
       if (element.Name() == "attributes") {
         if (const xml::Node given = element.Child("divisions"))
           divisions = std::max(1, WholeNumber(given.Text(), divisions));
+        element = element.NextElement();
         continue;
       }
-      if (!IsUntimedCue(element)) continue;
+      if (!IsUntimedCue(element)) {
+        element = element.NextElement();
+        continue;
+      }
       // A run of cue notes (chord tones with their chord) each gets the
       // duration its type says; the run then takes that much time, which
       // MuseData's cue notes never did: the invisible rest that follows
       // them in their voice gives it up, or a backup hands it back.
+      const xml::Node voice = element.Child("voice");
       int64_t taken = 0;
       int64_t chordLength = 0;
-      size_t last = index;
-      for (; last < elements.size() && IsUntimedCue(elements[last]); ++last) {
-        const xml::Node note = elements[last];
-        const bool chordTone = static_cast<bool>(note.Child("chord"));
+      xml::Node next = element;
+      for (; next && IsUntimedCue(next); next = next.NextElement()) {
+        const bool chordTone = static_cast<bool>(next.Child("chord"));
         if (!chordTone || chordLength == 0) {
-          chordLength = std::max<int64_t>(1, DurationOfType(note, divisions));
+          chordLength = std::max<int64_t>(1, DurationOfType(next, divisions));
           // A chord tone of a note before the run sounds with that note.
           if (!chordTone) taken += chordLength;
         }
-        InsertBeforeFirstOf(note, "duration", kAfterDuration)
+        InsertBeforeFirstOf(next, "duration", kAfterDuration)
             .AppendText(std::to_string(chordLength));
         ++timed;
       }
-      const xml::Node next = last < elements.size() ? elements[last] : xml::Node();
-      const xml::Node voice = elements[index].Child("voice");
       int64_t rest = 0;
       const bool restFollows =
           next && next.Name() == "forward" &&
           (!next.Child("voice") || !voice || next.Child("voice").Text() == voice.Text()) &&
           (rest = WholeNumber(next.Child("duration").Text(), 0)) >= taken;
-      if (restFollows) {
-        if (rest == taken) {
-          next.Remove();
-          elements[last] = xml::Node();
-        } else {
-          next.Child("duration").SetText(std::to_string(rest - taken));
-        }
+      if (restFollows && rest == taken) {
+        const xml::Node after = next.NextElement();
+        next.Remove();
+        element = after;
+      } else if (restFollows) {
+        next.Child("duration").SetText(std::to_string(rest - taken));
+        element = next.NextElement();
       } else {
         const xml::Node backup =
             next ? measure.InsertElementBefore("backup", next) : measure.AppendElement("backup");
         backup.AppendElement("duration", std::to_string(taken));
+        element = next;
       }
-      index = last;
     }
     return timed;
   });
