@@ -5,35 +5,11 @@
 // bar numbers are left out; divisions are reduced last, over the durations
 // the note pass added).
 
-#include <map>
-
 #include "component/error_codes.h"
 #include "export_finish/passes.h"
 #include "musedata/finish.h"
 
 namespace musedata {
-namespace {
-
-std::vector<finish::PartInScore> PartsOf(xml::Node root) {
-  std::map<std::string, xml::Node, std::less<>> scoreParts;
-  for (xml::Node scorePart : root.Child("part-list").Children("score-part"))
-    scoreParts.emplace(std::string(scorePart.Attr("id")), scorePart);
-  std::vector<finish::PartInScore> parts;
-  for (xml::Node part : root.Children("part")) {
-    finish::PartInScore entry;
-    entry.part = part;
-    const auto found = scoreParts.find(part.Attr("id"));
-    if (found != scoreParts.end()) entry.scorePart = found->second;
-    entry.label = "part " + std::to_string(parts.size() + 1);
-    const std::string name = entry.scorePart.Child("part-name").Text();
-    if (!name.empty()) entry.label += " (" + name + ")";
-    entry.measures = finish::MeasuresOf(part);
-    parts.push_back(std::move(entry));
-  }
-  return parts;
-}
-
-}  // namespace
 
 std::vector<std::pair<std::string, int32_t>> CountsByKind(const MuseDataFinishCounts& counts) {
   return {{"parts added to the part-list", counts.scorePartsAdded},
@@ -63,7 +39,7 @@ MuseDataFinishCounts FinishForMuseData(const Document& document,
     MuseDataFinishCounts counts;
     const xml::Node root = xml::Root(document);
     if (root.Name() != "score-partwise") return counts;
-    std::vector<finish::PartInScore> parts = PartsOf(root);
+    std::vector<finish::PartInScore> parts = finish::PartsOf(root);
     if (options.part > 0) {
       if (static_cast<size_t>(options.part) > parts.size()) return counts;
       finish::PartInScore chosen = std::move(parts[static_cast<size_t>(options.part - 1)]);

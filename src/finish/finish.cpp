@@ -5,34 +5,10 @@
 
 #include "musedata/finish.h"
 
-#include <map>
-
 #include "component/error_codes.h"
 #include "finish/passes.h"
 
 namespace musedata {
-namespace {
-
-std::vector<finish::PartInScore> PartsOf(xml::Node root) {
-  std::map<std::string, xml::Node, std::less<>> scoreParts;
-  for (xml::Node scorePart : root.Child("part-list").Children("score-part"))
-    scoreParts.emplace(std::string(scorePart.Attr("id")), scorePart);
-  std::vector<finish::PartInScore> parts;
-  for (xml::Node part : root.Children("part")) {
-    finish::PartInScore entry;
-    entry.part = part;
-    const auto found = scoreParts.find(part.Attr("id"));
-    if (found != scoreParts.end()) entry.scorePart = found->second;
-    entry.label = "part " + std::to_string(parts.size() + 1);
-    const std::string name = entry.scorePart.Child("part-name").Text();
-    if (!name.empty()) entry.label += " (" + name + ")";
-    entry.measures = finish::MeasuresOf(part);
-    parts.push_back(std::move(entry));
-  }
-  return parts;
-}
-
-}  // namespace
 
 std::vector<std::pair<std::string, int32_t>> CountsByKind(const FinishCounts& counts) {
   return {{"empty measures removed", counts.measuresRemoved},
@@ -55,7 +31,7 @@ FinishCounts FinishScore(const Document& document,
     FinishCounts counts;
     const xml::Node root = xml::Root(document);
     if (root.Name() != "score-partwise") return counts;
-    for (finish::PartInScore& part : PartsOf(root)) {
+    for (finish::PartInScore& part : finish::PartsOf(root)) {
       counts.measuresRemoved += finish::RemoveEmptyEndMeasures(part, context);
       // The passes that walk the measures go measure by measure: a large
       // score does not fit in the cache, and a measure read from memory by

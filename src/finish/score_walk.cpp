@@ -161,6 +161,25 @@ int64_t DurationOfType(xml::Node note, int32_t divisions) {
   return (scaled + per / 2) / per;
 }
 
+std::vector<PartInScore> PartsOf(xml::Node root) {
+  std::map<std::string, xml::Node, std::less<>> scoreParts;
+  for (xml::Node scorePart : root.Child("part-list").Children("score-part"))
+    scoreParts.emplace(std::string(scorePart.Attr("id")), scorePart);
+  std::vector<PartInScore> parts;
+  for (xml::Node part : root.Children("part")) {
+    PartInScore entry;
+    entry.part = part;
+    const auto found = scoreParts.find(part.Attr("id"));
+    if (found != scoreParts.end()) entry.scorePart = found->second;
+    entry.label = "part " + std::to_string(parts.size() + 1);
+    const std::string name = entry.scorePart.Child("part-name").Text();
+    if (!name.empty()) entry.label += " (" + name + ")";
+    entry.measures = MeasuresOf(part);
+    parts.push_back(std::move(entry));
+  }
+  return parts;
+}
+
 xml::Node InsertBeforeFirstOf(xml::Node parent, const char* name,
                               std::span<const std::string_view> later) {
   for (xml::Node child : parent.Children()) {

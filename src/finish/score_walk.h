@@ -41,6 +41,10 @@ class Context {
   CaughtError m_caught;
 };
 
+// Every part of the score, with its score-part (null when the part-list has
+// none for it) and its measures; labelled "part N (name)".
+std::vector<PartInScore> PartsOf(xml::Node root);
+
 // The part's measures, read again after a pass removed some.
 std::vector<xml::Node> MeasuresOf(xml::Node part);
 
