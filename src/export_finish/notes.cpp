@@ -2,6 +2,8 @@
 // unpitched notes their place on the staff, every note a duration; the
 // positions a notation program computed for its own layout are left out.
 
+#include <cmath>
+#include <cstdlib>
 #include <string>
 #include <vector>
 
@@ -107,6 +109,29 @@ void PlaceUnpitched(xml::Node note, xml::Node unpitched, const NoteWalk& walk) {
   unpitched.Remove();
 }
 
+// MuseData's pitches are whole semitones, at most two sharps or flats. A
+// microtonal alteration (a quarter-tone flat, "-0.5") is written as the
+// whole alteration it goes beyond ("-1.5" as a flat, "-0.5" as none), with a
+// warning; "1.0" is written as 1. False when the alteration is no number or
+// more than two semitones.
+bool MendAlter(const PartInScore& part, xml::Node measure, xml::Node note, xml::Node alter,
+               Context& context) {
+  const std::string text = alter.Text();
+  char* end = nullptr;
+  const double value = std::strtod(text.c_str(), &end);
+  if (text.empty() || end != text.c_str() + text.size() || !(std::fabs(value) < 2.5)) return false;
+  const double whole = std::trunc(value);
+  const std::string written = std::to_string(static_cast<int32_t>(whole));
+  if (written == text) return true;
+  if (whole != value)
+    context.Warn(part, measure,
+                 "a microtonal alteration (alter \"" + text + "\") of a " +
+                     note.Child("pitch").Child("step").Text() +
+                     " has no MuseData sign; written as alter " + written);
+  alter.SetText(written);
+  return true;
+}
+
 // MuseData writes a pitch as a step letter, an octave digit and at most two
 // sharps or flats. A lower-case step is raised; a pitch that is none of
 // these (a step "h", an octave "x" or 12) makes the note a rest, with a
@@ -121,14 +146,8 @@ bool MendPitch(const PartInScore& part, xml::Node measure, xml::Node note, Conte
     step.SetText(letter);
   }
   int64_t octave = -1;
-  int64_t alter = 0;
   const xml::Node alterNode = pitch.Child("alter");
-  const bool alterValid =
-      !alterNode ||
-      (ReadWholeNumber(
-           std::string_view(alterNode.Text()).substr(alterNode.Text().starts_with('-') ? 1 : 0),
-           alter) &&
-       alter <= 2);
+  const bool alterValid = !alterNode || MendAlter(part, measure, note, alterNode, context);
   if (letter.size() == 1 && kSteps.find(letter[0]) != std::string_view::npos &&
       ReadWholeNumber(pitch.Child("octave").Text(), octave) && octave <= 9 && alterValid)
     return true;
@@ -139,6 +158,11 @@ bool MendPitch(const PartInScore& part, xml::Node measure, xml::Node note, Conte
                    ") MuseData cannot write is written as a rest");
   note.InsertElementBefore("rest", pitch);
   pitch.Remove();
+  // What only a pitch has goes with it.
+  for (const char* pitched : {"accidental", "tie"})
+    while (const xml::Node child = note.Child(pitched)) child.Remove();
+  for (const xml::Node notations : note.Children("notations"))
+    while (const xml::Node tied = notations.Child("tied")) tied.Remove();
   return false;
 }
 

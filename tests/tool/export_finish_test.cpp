@@ -165,10 +165,17 @@ TEST(ExportFinish, GivesMuseDataThatReadersTakeAndThatImportsBack) {
        {"$   Q:1 K:0    T:4/4 S:2 C1:4 C2:22", "back 4", "D3   4        2        2"},
        "a key signature for staff 2 alone has no MuseData key; left out"},
       {"pitches MuseData cannot write",
-       Score("<measure number=\"1\">" + opening + Note("h4", 1) + Note("e5", 1) +
+       Score("<measure number=\"1\">" + opening +
+             Note("h4", 1, "<accidental editorial=\"yes\">natural</accidental>") + Note("e5", 1) +
              Note("C5", 1, "") + Note("Cx", 1) + "</measure>"),
        {"rest 1", "E5   1", "C5   1"},
        "a note whose pitch (step \"h\", octave \"4\") MuseData cannot write is written as a rest"},
+      {"a microtonal alteration",
+       Score("<measure number=\"1\">" + opening +
+             "<note><pitch><step>C</step><alter>-1.5</alter><octave>5</octave></pitch><duration>"
+             "4</duration></note></measure>"),
+       {"Cf5  4"},
+       "a microtonal alteration (alter \"-1.5\") of a C has no MuseData sign; written as alter -1"},
       {"an invisible rest",
        Score("<measure number=\"1\">" + opening + Note("C5", 2, "<voice>1</voice>") +
              "<note print-object=\"no\"><rest/><duration>2</duration><voice>1</voice></note>"
