@@ -248,11 +248,7 @@ NoteChanges MendNotes(const PartInScore& part, xml::Node measure, bool keepPosit
       const bool grace = static_cast<bool>(element.Child("grace"));
       xml::Node duration = element.Child("duration");
       if (!grace && !duration) {
-        duration = finish::InsertBeforeFirstOf(
-            element, "duration",
-            {"tie", "instrument", "footnote", "level", "voice", "type", "dot", "accidental",
-             "time-modification", "stem", "notehead", "notehead-text", "staff", "beam", "notations",
-             "lyric", "play", "listen"});
+        duration = finish::InsertBeforeFirstOf(element, "duration", finish::kAfterNoteDuration);
         if (chordTone && lastDuration) {
           duration.AppendText(lastDuration.Text());
         } else {

@@ -9,12 +9,6 @@
 namespace musedata::finish {
 namespace {
 
-// The children MusicXML puts after a note's duration.
-constexpr std::string_view kAfterDuration[] = {
-    "tie",        "instrument",        "footnote", "level",    "voice", "type", "dot",
-    "accidental", "time-modification", "stem",     "notehead", "staff", "beam", "notations",
-    "lyric"};
-
 bool IsUntimedCue(xml::Node element) {
   return element.Name() == "note" && element.Child("cue") && !element.Child("duration") &&
          !element.Child("grace");
@@ -51,7 +45,7 @@ int32_t TimeCueNotes(xml::Node measure, int32_t& divisions, Context& context) {
           // A chord tone of a note before the run sounds with that note.
           if (!chordTone) taken += chordLength;
         }
-        InsertBeforeFirstOf(next, "duration", kAfterDuration)
+        InsertBeforeFirstOf(next, "duration", kAfterNoteDuration)
             .AppendText(std::to_string(chordLength));
         ++timed;
       }

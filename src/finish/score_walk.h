@@ -48,6 +48,13 @@ std::vector<PartInScore> PartsOf(xml::Node root);
 // The part's measures, read again after a pass removed some.
 std::vector<xml::Node> MeasuresOf(xml::Node part);
 
+// The children MusicXML puts after a note's duration: where a duration, and
+// before it a tie, is inserted.
+inline constexpr std::string_view kAfterNoteDuration[] = {
+    "tie",   "instrument", "footnote",          "level", "voice",    "type",
+    "dot",   "accidental", "time-modification", "stem",  "notehead", "notehead-text",
+    "staff", "beam",       "notations",         "lyric", "play",     "listen"};
+
 bool IsChordTone(xml::Node note);
 // The duration, in divisions of which a quarter has `divisions`, of a note
 // of the type, dots and tuplet ratio of `note` (a quarter when it has no type).

@@ -10,12 +10,6 @@
 namespace musedata::finish {
 namespace {
 
-// A note's ties come before these children (a stop before a start).
-constexpr std::string_view kTieOrLater[] = {
-    "tie",        "instrument",        "footnote", "level",    "voice", "type", "dot",
-    "accidental", "time-modification", "stem",     "notehead", "staff", "beam", "notations",
-    "lyric"};
-
 // A tie's two marks: the sounding `tie` among the note's children and the
 // printed `tied` among its notations. MuseData writes them apart, so a note
 // may carry either or both.
@@ -60,7 +54,7 @@ void RemoveMarks(const TieMarks& marks) {
 bool AddStops(xml::Node note, const TieMarks& stops, const TieMarks& opened) {
   const bool needsTie = opened.tie && !stops.tie;
   const bool needsTied = opened.tied && !stops.tied;
-  if (needsTie) InsertBeforeFirstOf(note, "tie", kTieOrLater).SetAttr("type", "stop");
+  if (needsTie) InsertBeforeFirstOf(note, "tie", kAfterNoteDuration).SetAttr("type", "stop");
   if (needsTied) {
     const xml::Node notations = NotationsOf(note);
     InsertBeforeFirstOf(notations, "tied", kNotationsContent).SetAttr("type", "stop");
