@@ -205,7 +205,8 @@ int main(int argc, char** argv) {
     Measured lint;
     for (int run = 0; run < runs; ++run) {
       importRun.KeepBest(
-          RunOnce({tool, "import", "--no-progress", "-o", output, input}, stem + ".import.log"));
+          RunOnce({tool, "import", "--no-progress", "--memory-limit", "0", "-o", output, input},
+                  stem + ".import.log"));
       exportRun.KeepBest(
           RunOnce({tool, "export", "--no-progress", "-o", stem + ".export.md", output},
                   stem + ".export.log"));

@@ -72,9 +72,11 @@ void CallProgress(const py::object& callback, Outcome& outcome, const std::strin
 }
 
 musedata::ImportOptions MakeOptions(const std::string& group, const std::string& encoding,
-                                    const py::object& progress, Outcome& outcome) {
+                                    const py::object& progress, uint64_t memoryLimitMb,
+                                    Outcome& outcome) {
   musedata::ImportOptions options;
   options.groupType = group;
+  options.memoryLimit = memoryLimitMb << 20;
   const std::optional<musedata::TextEncoding> parsed = musedata::ParseTextEncoding(encoding);
   if (!parsed) throw py::value_error("unknown encoding \"" + encoding + "\"");
   options.encoding = *parsed;
@@ -94,9 +96,10 @@ musedata::ImportOptions MakeOptions(const std::string& group, const std::string&
 // score's text or, with `out` set, writes it there as .musicxml or .mxl.
 py::dict ImportPaths(const std::vector<std::string>& paths, const std::string& group,
                      const std::string& encoding, const py::object& progress,
-                     const std::optional<std::string>& out) {
+                     const std::optional<std::string>& out, uint64_t memoryLimitMb) {
   Outcome outcome;
-  const musedata::ImportOptions options = MakeOptions(group, encoding, progress, outcome);
+  const musedata::ImportOptions options =
+      MakeOptions(group, encoding, progress, memoryLimitMb, outcome);
   {
     py::gil_scoped_release release;
     try {
@@ -119,9 +122,10 @@ py::dict ImportPaths(const std::vector<std::string>& paths, const std::string& g
 // returns the score's text.
 py::dict ImportMemory(const std::vector<std::pair<std::string, py::bytes>>& files,
                       const std::string& group, const std::string& encoding,
-                      const py::object& progress) {
+                      const py::object& progress, uint64_t memoryLimitMb) {
   Outcome outcome;
-  const musedata::ImportOptions options = MakeOptions(group, encoding, progress, outcome);
+  const musedata::ImportOptions options =
+      MakeOptions(group, encoding, progress, memoryLimitMb, outcome);
   std::vector<musedata::InputFile> inputs;
   for (const auto& [name, bytes] : files) inputs.push_back({name, std::string(bytes)});
   {
@@ -179,9 +183,9 @@ py::dict ExportBytes(const std::string& bytes, const std::string& name, int32_t 
 PYBIND11_MODULE(_musedata, module) {
   module.doc() = "MuseData <-> MusicXML conversion (the compiled part of the musedata package)";
   module.def("import_paths", &ImportPaths, py::arg("paths"), py::arg("group"), py::arg("encoding"),
-             py::arg("progress"), py::arg("out"));
+             py::arg("progress"), py::arg("out"), py::arg("memory_limit") = 1024);
   module.def("import_memory", &ImportMemory, py::arg("files"), py::arg("group"),
-             py::arg("encoding"), py::arg("progress"));
+             py::arg("encoding"), py::arg("progress"), py::arg("memory_limit") = 1024);
   module.def("export_bytes", &ExportBytes, py::arg("bytes"), py::arg("name"), py::arg("part"),
              py::arg("progress"), py::arg("out"), py::arg("literal") = false,
              py::arg("keep_divisions") = false, py::arg("positions") = false);

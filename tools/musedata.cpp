@@ -85,6 +85,8 @@ struct ImportCommand {
   bool literal = false;
   bool verbose = false;
   unsigned jobs = 0;  // batch workers; 0: one per core
+  // Megabytes a movement's score may take; 0 sets no limit.
+  uint64_t memoryLimit = 1024;
 };
 
 // What the finishing step changed, one kind a line.
@@ -100,6 +102,7 @@ int RunImport(const ImportCommand& command) {
   options.groupType = command.group;
   options.systemIdentifier = command.systemId;
   options.finish = !command.literal;
+  options.memoryLimit = command.memoryLimit << 20;
   options.encoding =
       musedata::ParseTextEncoding(command.encoding).value_or(musedata::TextEncoding::Auto);
   if (!command.batchFolder.empty()) {
@@ -217,6 +220,11 @@ int main(int argc, char** argv) {
   importCommand->add_flag("--literal", import.literal,
                           "Write the score exactly as the converter built it, without the "
                           "finishing step for notation programs");
+  importCommand
+      ->add_option("--memory-limit", import.memoryLimit,
+                   "Megabytes a movement's score may take, judged from its MuseData before it "
+                   "is loaded (0: no limit)")
+      ->capture_default_str();
   importCommand->add_flag("-v,--verbose", import.verbose,
                           "Print what the finishing step changed, per kind of change");
   importCommand->add_option(

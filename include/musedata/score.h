@@ -49,6 +49,11 @@ struct ImportOptions {
   std::function<void(const std::string& text)> warning;
   // Told what became of each part found in the inputs, as soon as it is known.
   std::function<void(PartFate fate)> partCounted;
+  // The memory the score may take, in bytes, judged before each file is
+  // loaded from the MuseData read so far (a score's tree takes some ninety
+  // bytes for each byte of MuseData); an import past it stops with error 7
+  // "Out of memory" naming the file. 0 sets no limit.
+  uint64_t memoryLimit = 0;
   // Runs the finishing step (musedata/finish.h) over a complete score, for
   // notation programs; off, the score is exactly what the converter built.
   bool finish = false;

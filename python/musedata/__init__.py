@@ -108,27 +108,32 @@ def _finish(outcome):
     return outcome["text"]
 
 
-def to_musicxml(paths, group="score", encoding="auto", progress=None):
+def to_musicxml(paths, group="score", encoding="auto", progress=None, memory_limit=1024):
     """The MusicXML score (indented UTF-8 text) made from the MuseData
     ``paths``: part files, set files and folders of them, loaded in order as
     the parts of one score. Only parts of ``group`` are loaded ("" loads
     every part). ``encoding`` is one of auto, utf-8, cp437, cp1252, latin1.
     ``progress(file, current, size)`` is called as the files are read; it
-    cancels the conversion by returning False."""
+    cancels the conversion by returning False. ``memory_limit`` is the
+    megabytes the score may take, judged from the MuseData before it is
+    loaded (some ninety bytes for each byte: 1024 takes about 11 MB of
+    MuseData); past it a ``ConverterError`` "Out of memory" is raised; 0
+    sets no limit."""
     files = _expand(paths)
     if not files:
         raise ValueError("no MuseData files in %r" % (paths,))
-    return _finish(_musedata.import_paths(files, group, encoding, progress, None))
+    return _finish(_musedata.import_paths(files, group, encoding, progress, None, memory_limit))
 
 
-def import_files(paths, out, group="score", encoding="auto", progress=None):
+def import_files(paths, out, group="score", encoding="auto", progress=None, memory_limit=1024):
     """Converts the MuseData ``paths`` as ``to_musicxml`` does and writes the
     score to ``out``: compressed MusicXML when it ends in ".mxl", MusicXML
     text otherwise. ``out`` is replaced only when the conversion succeeded."""
     files = _expand(paths)
     if not files:
         raise ValueError("no MuseData files in %r" % (paths,))
-    _finish(_musedata.import_paths(files, group, encoding, progress, os.fspath(out)))
+    _finish(_musedata.import_paths(files, group, encoding, progress, os.fspath(out),
+                                   memory_limit))
 
 
 def _musicxml_bytes(musicxml_path_or_text):
@@ -169,7 +174,8 @@ def export_part(musicxml_path_or_text, out, part=1, progress=None, literal=False
                                    literal, keep_divisions, positions))
 
 
-def _musicxml_from_memory(files, group="score", encoding="auto", progress=None):
+def _musicxml_from_memory(files, group="score", encoding="auto", progress=None,
+                          memory_limit=1024):
     """The MusicXML score made from MuseData held in memory: ``files`` is a
     list of (name, bytes) pairs, each a part file or a set file."""
-    return _finish(_musedata.import_memory(list(files), group, encoding, progress))
+    return _finish(_musedata.import_memory(list(files), group, encoding, progress, memory_limit))

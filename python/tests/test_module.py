@@ -268,3 +268,14 @@ def test_hostile_containers_are_refused_by_the_module_and_the_tool(tmp_path):
     beside = mxl(tmp_path / "beside.mxl", "score.xml",
                  [("score.xml", score), ("extra/zeros.bin", 150 << 20)])
     assert "/END" in musedata.to_musedata(beside)
+
+
+def test_memory_limit_stops_an_import_before_it_starts(tmp_path, minuet_parts):
+    # Some 12 KB of MuseData would make a score of about 1.1 MB.
+    big = tmp_path / "big.md"
+    text = minuet_parts[0].read_text(encoding="utf-8")
+    big.write_text(text.replace("/END", "@" + "x" * 12000 + "\n/END"), encoding="utf-8")
+    with pytest.raises(musedata.ConverterError) as raised:
+        musedata.to_musicxml([big], memory_limit=1)
+    assert raised.value.number == 7 and "Out of memory: big.md" in raised.value.description
+    assert len(parts_of(musedata.to_musicxml([big], memory_limit=0))) == 1

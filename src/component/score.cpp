@@ -187,6 +187,7 @@ class ScoreImport {
   bool LoadMuseData(const std::string& name, std::string_view bytes,
                     std::vector<std::string>& passedOver) {
     m_fileName = name;
+    CheckMemoryLimit(name, bytes.size());
     // A comment block whose closing line took a stray character ("2&&&&",
     // a typing slip of published data) would swallow the rest of its part:
     // that line closes it, with a warning.
@@ -243,6 +244,22 @@ class ScoreImport {
     NotReached(labels, index);
     m_component.SetEncoding(m_options.encoding);
     return complete;
+  }
+
+  // Stops the import before the MuseData read so far would make a score
+  // larger than the options allow.
+  void CheckMemoryLimit(const std::string& name, size_t bytes) {
+    constexpr uint64_t kTreeBytesPerMuseDataByte = 90;
+    m_museDataBytes += bytes;
+    const uint64_t estimate = m_museDataBytes * kTreeBytesPerMuseDataByte;
+    const uint64_t limit = m_options.memoryLimit;
+    if (limit == 0 || estimate <= limit) return;
+    throw ConverterError(7, "musedata",
+                         "Out of memory: " + name + ": the score would take about " +
+                             std::to_string(estimate >> 20) + " MB (some ninety times the " +
+                             std::to_string(m_museDataBytes >> 10) +
+                             " KB of MuseData read), more than the limit of " +
+                             std::to_string(limit >> 20) + " MB");
   }
 
   // Whether the group being loaded takes the part (every group does for "").
@@ -316,11 +333,12 @@ class ScoreImport {
 
   MuseData& m_component;
   const ImportOptions& m_options;
-  std::string m_fileName;  // the file being read, as named in messages
-  int32_t m_parts = 0;     // parts in the score so far
-  int32_t m_found = 0;     // parts found in the inputs so far
-  int32_t m_loaded = 0;    // of them, parts that the score took
-  int32_t m_lost = 0;      // of them, parts lost other than by the group choice
+  std::string m_fileName;        // the file being read, as named in messages
+  uint64_t m_museDataBytes = 0;  // MuseData read so far
+  int32_t m_parts = 0;           // parts in the score so far
+  int32_t m_found = 0;           // parts found in the inputs so far
+  int32_t m_loaded = 0;          // of them, parts that the score took
+  int32_t m_lost = 0;            // of them, parts lost other than by the group choice
   std::string m_firstLoss;
   std::vector<std::string> m_passedOver;  // input files without any part
 };

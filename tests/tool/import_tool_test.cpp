@@ -50,6 +50,7 @@ TEST(ImportTool, FailuresReportOneLineAndNeverReplaceTheOutput) {
   folder.Write("score.mxl", "PK\x03\x04 and the rest of a container");
   folder.Write("score.xml", "<?xml version=\"1.0\"?>\n<score-partwise/>\n");
   folder.Write("clef.md", Part({"$ C:x"}));
+  folder.Write("big.md", Part({"$  Q:1", std::string(12000, '@')}));
   folder.Write("kept.musicxml", "a good score");
   const std::vector<std::string> before = Names(folder.Path());
   const std::string utf16 = ": UTF-16 text; MuseData files are ASCII, CP437, Latin-1 or UTF-8\n";
@@ -61,6 +62,9 @@ TEST(ImportTool, FailuresReportOneLineAndNeverReplaceTheOutput) {
       {"score.mxl", 2,
        "error 0x0000000D (musedata): score.mxl: a zip container, not MuseData text\n"},
       {"score.xml", 2, "error 0x0000000D (musedata): score.xml: MusicXML, not MuseData text\n"},
+      // Some 12 KB of MuseData make a score of about 1.1 MB: past a limit of 1 MB.
+      {"--memory-limit 1 good.md big.md", 2,
+       "error 0x00000007 (musedata): Out of memory: big.md: the score would take about 1 MB"},
       {"clef.md", 2,
        "error 0x80041783 (Verdantix): clef.md, line 13: MuseData ParseAttributes error 13: Type "
        "mismatch\n"},
